@@ -1,0 +1,415 @@
+#include "lumrmisc/platform/codepage.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "lumrmisc/platform/codepage_internal.h"
+#include "lumrmisc/platform/mbcs.h"
+#include "lumrmisc/platform/utf7_internal.h"
+#include "lumrmisc/platform/utf8_internal.h"
+
+namespace lumr {
+
+namespace {
+
+enum class Coding : unsigned char { kSingleByte, kDoubleByte, kUtf8, kUtf7, kUtf16 };
+
+// What a code decodes to that the inner loop leaves to the slow path.
+struct DecodeEscape {
+  char16_t unit;
+  ConversionLossKind kind;
+};
+
+}  // namespace
+
+// A code page and its tables.
+//
+// Decoding: a byte is looked up in singles; the cell of a pair is cells[rows[lead] + trail -
+// kFirstTrail]. Values among the surrogates are escapes (below). Pairs in allRows only, or with
+// a trail byte below strictTrail, decode leniently: EUC-KR takes them from code page 949.
+// Encoding: index gives the start in codes of each block of kBlock units.
+struct CodePageTable {
+  unsigned codePage;
+  Coding coding;
+  char16_t undefinedUnit;  // the lenient decoding of what has none of its own
+  Byte strictTrail;
+  const std::uint16_t* singles;
+  const std::uint16_t* rows;
+  const std::uint16_t* allRows;
+  const std::uint16_t* cells;
+  const DecodeEscape* escapes;
+  const std::uint16_t* index;
+  const std::uint16_t* codes;
+  const std::uint16_t* fits;
+};
+
+namespace {
+
+namespace tables {
+#include "lumrmisc/platform/tables/cp932.inc"
+#include "lumrmisc/platform/tables/cp936.inc"
+#include "lumrmisc/platform/tables/cp949.inc"
+#include "lumrmisc/platform/tables/cp950.inc"
+#include "lumrmisc/platform/tables/singlebyte.inc"
+
+#include "lumrmisc/platform/tables/codepages.inc"
+}  // namespace tables
+
+constexpr CodePageTable UnicodePage(unsigned codePage, Coding coding) {
+  return {codePage, coding,  0,       0,       nullptr, nullptr,
+          nullptr,  nullptr, nullptr, nullptr, nullptr, nullptr};
+}
+
+constexpr CodePageTable kUnicodeCodePages[] = {
+    UnicodePage(1200, Coding::kUtf16),
+    UnicodePage(65000, Coding::kUtf7),
+    UnicodePage(65001, Coding::kUtf8),
+};
+
+// Escapes in decoding tables, as data/generate writes them.
+constexpr std::uint16_t kUndefined = 0xD800;
+constexpr std::uint16_t kFirstEscape = 0xD801;
+constexpr std::uint16_t kLead = 0xDFFF;
+constexpr std::uint16_t kNoRow = 0xFFFF;
+constexpr int kFirstTrail = 0x40;
+
+constexpr bool IsEscape(std::uint16_t value) {
+  return (value & 0xF800) == 0xD800;
+}
+
+// Values in encoding tables: 0 none, up to kFitByte an exact byte, kFitByte + byte, kFitPair +
+// place in fits, from kFirstPair on an exact pair.
+constexpr std::uint16_t kFitByte = 0x0100;
+constexpr std::uint16_t kFitPair = 0x0200;
+constexpr std::uint16_t kFirstPair = 0x8000;
+constexpr int kBlock = 32;
+
+const CodePageTable* FindTable(unsigned codePage) {
+  if (codePage == 0) codePage = AnsiCodePage();
+  const auto matches = [codePage](const CodePageTable& table) {
+    return table.codePage == codePage;
+  };
+  const auto found =
+      std::find_if(std::begin(tables::kTableCodePages), std::end(tables::kTableCodePages), matches);
+  if (found != std::end(tables::kTableCodePages)) return found;
+  const auto unicode =
+      std::find_if(std::begin(kUnicodeCodePages), std::end(kUnicodeCodePages), matches);
+  return unicode != std::end(kUnicodeCodePages) ? unicode : nullptr;
+}
+
+const CodePageTable& TableOrAnsi(unsigned codePage) {
+  const CodePageTable* const table = FindTable(codePage);
+  return table != nullptr ? *table : *FindTable(0);
+}
+
+std::uint16_t EncodeValue(const CodePageTable& table, char16_t unit) {
+  return table.codes[table.index[unit / kBlock] + unit % kBlock];
+}
+
+// Decodes length bytes of which the tables say value, an escape or a unit that the code page
+// proper does not have.
+char* PutLossy(const CodePageTable& table, std::uint16_t value, const Byte* in, int length,
+               char* out, Losses& losses) {
+  DecodeEscape found{value, ConversionLossKind::kReplaced};
+  if (value == kUndefined) {
+    found.unit = table.undefinedUnit;
+  } else if (IsEscape(value)) {
+    found = table.escapes[value - kFirstEscape];
+  }
+  losses.Add(found.kind, in, length, out);
+  return PutUnit(out, found.unit);
+}
+
+// Decodes what begins at in with a byte above 7F and may be anything but a strict pair; stays
+// at in when that is a lead byte alone and more text is to come.
+// An undefined pair uses up both bytes, whatever the second one is, except for a zero.
+CoderEnds DecodeCode(const CodePageTable& table, const Byte* in, const Byte* end, bool last,
+                     char* out, Losses& losses) {
+  const std::uint16_t single = table.singles[*in];
+  if (!IsEscape(single)) return {in + 1, PutUnit(out, single)};
+  if (single != kLead) return {in + 1, PutLossy(table, single, in, 1, out, losses)};
+  if (end - in < 2 && !last) return {in, out};
+  if (end - in < 2 || in[1] == 0) return {in + 1, PutLossy(table, kUndefined, in, 1, out, losses)};
+  const std::uint16_t value =
+      in[1] < kFirstTrail ? kUndefined : table.cells[table.allRows[*in] + in[1] - kFirstTrail];
+  return {in + 2, PutLossy(table, value, in, 2, out, losses)};
+}
+
+CoderEnds DecodeDoubleByte(const CodePageTable& table, const Byte* in, const Byte* end, bool last,
+                           char* out, Losses& losses) {
+  const std::uint16_t* const rows = table.rows;
+  const std::uint16_t* const cells = table.cells;
+  const Byte strictTrail = table.strictTrail;
+  while (in != end) {
+    if (*in < 0x80) {
+      WidenAscii(in, end, out);
+      continue;
+    }
+    const std::uint16_t row = rows[*in];
+    if (row != kNoRow && end - in >= 2 && in[1] >= strictTrail) {
+      const std::uint16_t unit = cells[row + in[1] - kFirstTrail];
+      if (!IsEscape(unit)) {
+        out = PutUnit(out, unit);
+        in += 2;
+        continue;
+      }
+    }
+    const CoderEnds ends = DecodeCode(table, in, end, last, out, losses);
+    if (ends.in == in) break;
+    in = ends.in;
+    out = ends.out;
+  }
+  return {in, out};
+}
+
+char* DecodeBytes(const CodePageTable& table, const Byte* in, const Byte* end, char* out,
+                  Losses& losses) {
+  for (; in != end; ++in) {
+    const std::uint16_t unit = table.singles[*in];
+    out = IsEscape(unit) ? PutLossy(table, unit, in, 1, out, losses) : PutUnit(out, unit);
+  }
+  return out;
+}
+
+// Decodes eight bytes at once, and again one by one when one of them was an escape.
+char* DecodeEight(const CodePageTable& table, const Byte* in, char* out, Losses& losses) {
+  const std::uint16_t* const singles = table.singles;
+  int escapes = 0;  // negative when there was one
+  for (int i = 0; i < 8; ++i) {
+    const std::uint16_t unit = singles[in[i]];
+    escapes |= (unit ^ kUndefined) - 0x800;
+    StoreUnit(out + 2 * i, unit);
+  }
+  return escapes < 0 ? DecodeBytes(table, in, in + 8, out, losses) : out + 16;
+}
+
+// In most languages ASCII letters and others alternate too often for a branch on each one: only
+// a longer run of ASCII is worth asking for.
+CoderEnds DecodeSingleByte(const CodePageTable& table, const Byte* in, const Byte* end, char* out,
+                           Losses& losses) {
+  for (; end - in >= 32; in += 32) {
+    if (AreAsciiBytes(in, 32)) {
+      out = WidenBytes<32>(in, out);
+      continue;
+    }
+    for (int i = 0; i < 32; i += 8) out = DecodeEight(table, in + i, out, losses);
+  }
+  return {end, DecodeBytes(table, in, end, out, losses)};
+}
+
+CoderEnds CopyBytes(const Byte* in, const Byte* end, char* out) {
+  const auto size = static_cast<std::size_t>(end - in);
+  if (size > 0) std::memcpy(out, in, size);
+  return {end, out + size};
+}
+
+char* PutPair(char* out, std::uint16_t code) {
+  return PutUnit(out, static_cast<char16_t>(code << 8 | code >> 8));
+}
+
+// Encodes the unit at in, which has no exact code.
+char* PutUnfit(const CodePageTable& table, std::uint16_t value, std::string_view replacement,
+               const Byte* in, char* out, Losses& losses) {
+  losses.Add(value == 0 ? ConversionLossKind::kReplaced : ConversionLossKind::kFit, in, 2, out);
+  if (value == 0) return out + replacement.copy(out, replacement.size());
+  if (value >= kFitPair) return PutPair(out, table.fits[value - kFitPair]);
+  *out++ = static_cast<char>(value);
+  return out;
+}
+
+CoderEnds EncodeDoubleByte(const CodePageTable& table, std::string_view replacement, const Byte* in,
+                           const Byte* end, char* out, Losses& losses) {
+  const std::uint16_t* const index = table.index;
+  const std::uint16_t* const codes = table.codes;
+  while (end - in >= 2) {
+    const char16_t unit = LoadUnit(in);
+    if (unit < 0x80) {
+      NarrowAscii(in, end, out);
+      continue;
+    }
+    const std::uint16_t value = codes[index[unit / kBlock] + unit % kBlock];
+    if (value >= kFirstPair) {
+      out = PutPair(out, value);
+    } else if (value != 0 && value < kFitByte) {
+      *out++ = static_cast<char>(value);
+    } else {
+      out = PutUnfit(table, value, replacement, in, out, losses);
+    }
+    in += 2;
+  }
+  return {in, out};
+}
+
+CoderEnds EncodeUnits(const CodePageTable& table, std::string_view replacement, const Byte* in,
+                      const Byte* end, char* out, Losses& losses) {
+  for (; end - in >= 2; in += 2) {
+    const std::uint16_t value = EncodeValue(table, LoadUnit(in));
+    if (value < kFitByte && (value != 0 || LoadUnit(in) == 0)) {
+      *out++ = static_cast<char>(value);
+    } else {
+      out = PutUnfit(table, value, replacement, in, out, losses);
+    }
+  }
+  return {in, out};
+}
+
+// Encodes eight units at once, and again one by one when one of them has no exact code.
+char* EncodeEight(const CodePageTable& table, std::string_view replacement, const Byte* in,
+                  char* out, Losses& losses) {
+  const std::uint16_t* const index = table.index;
+  const std::uint16_t* const codes = table.codes;
+  unsigned notExact = 0;  // bits above the low eight when there was a zero or a fit
+  for (int i = 0; i < 8; ++i) {
+    const char16_t unit = LoadUnit(in + 2 * i);
+    const unsigned value = codes[index[unit / kBlock] + unit % kBlock];
+    notExact |= value - 1;
+    out[i] = static_cast<char>(value);
+  }
+  if (notExact <= 0xFF) return out + 8;
+  return EncodeUnits(table, replacement, in, in + 16, out, losses).out;
+}
+
+CoderEnds EncodeSingleByte(const CodePageTable& table, std::string_view replacement, const Byte* in,
+                           const Byte* end, char* out, Losses& losses) {
+  for (; end - in >= 64; in += 64) {
+    if (AreAsciiUnits(in, 32)) {
+      out = NarrowUnits<32>(in, out);
+      continue;
+    }
+    for (int i = 0; i < 64; i += 16) out = EncodeEight(table, replacement, in + i, out, losses);
+  }
+  return EncodeUnits(table, replacement, in, end, out, losses);
+}
+
+}  // namespace
+
+bool IsCodePageSupported(unsigned codePage) {
+  return FindTable(codePage) != nullptr;
+}
+
+int EncodeUnit(unsigned codePage, char16_t unit, bool exact) {
+  const CodePageTable* const table = FindTable(codePage);
+  if (table == nullptr || table->codes == nullptr) return -1;
+  const int value = EncodeValue(*table, unit);
+  if (unit == 0 || value >= kFirstPair || (value != 0 && value < kFitByte)) return value;
+  if (value == 0 || exact) return -1;
+  return value >= kFitPair ? table->fits[value - kFitPair] : value - kFitByte;
+}
+
+CodePageDecoder::CodePageDecoder(unsigned codePage) : table_(&TableOrAnsi(codePage)) {}
+
+std::size_t CodePageDecoder::MaxOutput(std::size_t inputBytes) const {
+  // Each byte gives a unit at most; what UTF-7 keeps inside gives another one.
+  return 2 * (inputBytes + pendingSize_ + 1);
+}
+
+char* CodePageDecoder::Decode(std::string_view in, bool last, char* out,
+                              CConversionReport* report) {
+  const auto* next = reinterpret_cast<const Byte*>(in.data());
+  const Byte* const end = next + in.size();
+  // What the last chunk left is completed byte by byte; then the chunk is read in place.
+  while (pendingSize_ > 0 && next != end) {
+    pending_[pendingSize_++] = *next++;
+    out = DecodePart({pending_, pendingSize_}, false, out, report);
+  }
+  if (pendingSize_ > 0) {
+    return last ? DecodePart({pending_, pendingSize_}, true, out, report) : out;
+  }
+  return DecodePart({next, end}, last, out, report);
+}
+
+char* CodePageDecoder::DecodePart(std::span<const unsigned char> part, bool last, char* out,
+                                  CConversionReport* report) {
+  const Byte* const begin = part.data();
+  const Byte* const end = begin + part.size();
+  Losses losses(counts_, report);
+  losses.SetOrigin(begin, inputOffset_, out, outputOffset_);
+  const auto ends = [&]() -> CoderEnds {
+    switch (table_->coding) {
+      case Coding::kSingleByte:
+        return DecodeSingleByte(*table_, begin, end, out, losses);
+      case Coding::kDoubleByte:
+        return DecodeDoubleByte(*table_, begin, end, last, out, losses);
+      case Coding::kUtf8:
+        return DecodeUtf8(begin, end, last, out, losses);
+      case Coding::kUtf7:
+        return DecodeUtf7(utf7_, begin, end, last, out, losses);
+      case Coding::kUtf16:
+        break;
+    }
+    return CopyBytes(begin, end, out);
+  }();
+  inputOffset_ += ends.in - begin;
+  outputOffset_ += ends.out - out;
+  pendingSize_ = static_cast<std::size_t>(end - ends.in);
+  if (pendingSize_ > 0) std::memmove(pending_, ends.in, pendingSize_);
+  return ends.out;
+}
+
+CodePageEncoder::CodePageEncoder(unsigned codePage, std::string_view replacement)
+    : table_(&TableOrAnsi(codePage)), replacement_(replacement) {}
+
+std::size_t CodePageEncoder::MaxOutput(std::size_t inputBytes) const {
+  const std::size_t units = (inputBytes + pendingSize_ + 1) / 2;
+  switch (table_->coding) {
+    case Coding::kSingleByte:
+      return units * std::max<std::size_t>(1, replacement_.size());
+    case Coding::kDoubleByte:
+      return units * std::max<std::size_t>(2, replacement_.size());
+    case Coding::kUtf8:
+      return units * 3;
+    case Coding::kUtf7:
+      return units * 5 + 8;  // "+AKU-" for a unit alone; a run may have to be ended
+    case Coding::kUtf16:
+      break;
+  }
+  return inputBytes;
+}
+
+char* CodePageEncoder::Encode(std::string_view in, bool last, char* out,
+                              CConversionReport* report) {
+  const auto* next = reinterpret_cast<const Byte*>(in.data());
+  const Byte* const end = next + in.size();
+  while (pendingSize_ > 0 && next != end) {
+    pending_[pendingSize_++] = *next++;
+    out = EncodePart({pending_, pendingSize_}, false, out, report);
+  }
+  if (pendingSize_ > 0) {
+    return last ? EncodePart({pending_, pendingSize_}, true, out, report) : out;
+  }
+  return EncodePart({next, end}, last, out, report);
+}
+
+char* CodePageEncoder::EncodePart(std::span<const unsigned char> part, bool last, char* out,
+                                  CConversionReport* report) {
+  const Byte* const begin = part.data();
+  const Byte* const end = begin + part.size();
+  Losses losses(counts_, report);
+  losses.SetOrigin(begin, inputOffset_, out, outputOffset_);
+  auto ends = [&]() -> CoderEnds {
+    switch (table_->coding) {
+      case Coding::kSingleByte:
+        return EncodeSingleByte(*table_, replacement_, begin, end, out, losses);
+      case Coding::kDoubleByte:
+        return EncodeDoubleByte(*table_, replacement_, begin, end, out, losses);
+      case Coding::kUtf8:
+        return EncodeUtf8(begin, end, last, out, losses);
+      case Coding::kUtf7:
+        return EncodeUtf7(utf7_, begin, end, last, out);
+      case Coding::kUtf16:
+        break;
+    }
+    return CopyBytes(begin, end, out);
+  }();
+  if (last && ends.in != end) {
+    losses.Add(ConversionLossKind::kReplaced, ends.in, 1, ends.out);
+    ends.in = end;
+  }
+  inputOffset_ += ends.in - begin;
+  outputOffset_ += ends.out - out;
+  pendingSize_ = static_cast<std::size_t>(end - ends.in);
+  if (pendingSize_ > 0) std::memmove(pending_, ends.in, pendingSize_);
+  return ends.out;
+}
+
+}  // namespace lumr
