@@ -4,6 +4,7 @@
 #include <cstring>
 #include <functional>
 #include <new>
+#include <string>
 #include <utility>
 
 #include "lumrmisc/buffer/ascii.h"
@@ -25,18 +26,6 @@ std::string_view Given(const void* p, int n) {
 
 std::string_view UnitBytes(const char16_t& c) {
   return {reinterpret_cast<const char*>(&c), sizeof c};
-}
-
-// Moves what stays to the front and gives its size.
-template <class Drop>
-int Compact(char* text, int size, int step, Drop drop) {
-  int kept = 0;
-  for (int i = 0; i + step <= size; i += step) {
-    if (drop(text + i)) continue;
-    std::memmove(text + kept, text + i, static_cast<std::size_t>(step));
-    kept += step;
-  }
-  return kept;
 }
 
 }  // namespace
@@ -257,19 +246,12 @@ void CBuffer::Insert(char16_t c, int n, int pos) {
 }
 
 void CBuffer::Insert(const void* p, int n, int pos) {
-  const std::string_view source = Given(p, n);
+  std::string_view source = Given(p, n);
   if (source.empty() || pos < 0 || pos > size_) return;
-  const bool inside = Inside(source.data());
-  const std::ptrdiff_t offset = inside ? source.data() - data_ : 0;
-  char* const gap = OpenGap(source.size(), pos);
-  if (!inside) {
-    std::memcpy(gap, source.data(), source.size());
-    return;
-  }
-  // What of the source stood behind pos has moved up with the rest.
-  const auto before = static_cast<std::size_t>(std::clamp<std::ptrdiff_t>(pos - offset, 0, n));
-  std::memcpy(gap, data_ + offset, before);
-  std::memcpy(gap + before, data_ + offset + before + n, source.size() - before);
+  // A source in this block may be torn apart by the gap, so it is set aside.
+  std::string aside;
+  if (Inside(source.data())) source = aside = source;
+  std::memcpy(OpenGap(source.size(), pos), source.data(), source.size());
 }
 
 void CBuffer::Overwrite(const void* p, int n, int pos) {
@@ -329,14 +311,15 @@ void CBuffer::TrimRight(int wide) {
 void CBuffer::ExceptCrlf(int wide) {
   const auto isBreak = [](char16_t c) { return c == u'\r' || c == u'\n'; };
   if (wide != 0) {
-    SetDataSize(Compact(data_, size_, 2, [&](const char* c) { return isBreak(LoadUnit(c)); }));
+    char16_t* const units = reinterpret_cast<char16_t*>(data_);
+    SetDataSize(2 * static_cast<int>(std::remove_if(units, units + size_ / 2, isBreak) - units));
   } else {
-    SetDataSize(Compact(data_, size_, 1, [&](const char* c) { return *c == '\r' || *c == '\n'; }));
+    SetDataSize(static_cast<int>(std::remove_if(data_, data_ + size_, isBreak) - data_));
   }
 }
 
 void CBuffer::ExceptNull() {
-  SetDataSize(Compact(data_, size_, 1, [](const char* c) { return *c == '\0'; }));
+  SetDataSize(static_cast<int>(std::remove(data_, data_ + size_, '\0') - data_));
 }
 
 }  // namespace lumr

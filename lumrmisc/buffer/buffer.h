@@ -168,7 +168,8 @@ class CBuffer {
   // 0 also for a buffer without storage, even when s is empty.
   int Equal(const char* s, int wide = 0, int pos = 0, int nocase = 0) const;
   // Whether the n bytes at pos are the first of s (n negative: all of s). With wide n/2 units
-  // count. A string s that is shorter differs.
+  // count. s holds n bytes; one that ends before them is read past its NUL only where the content
+  // has a NUL too, and differs otherwise.
   int EqualN(const char* s, int n, int wide = 0, int pos = 0, int nocase = 0) const;
   int EndWith(const char* s, int wide = 0, int nocase = 0) const;
 

@@ -29,12 +29,14 @@ class CFixBuffer {
 
   int GetLength() const { return size_; }
   int IsEmpty() const { return size_ == 0; }
-  std::string_view Bytes() const { return {*this, static_cast<std::size_t>(size_)}; }
-  operator const char*() const { return data_ != nullptr ? data_ : kNoContent; }  // never null
+  std::string_view Bytes() const { return {Data(), static_cast<std::size_t>(size_)}; }
+  operator const char*() const { return Data(); }  // never null
   explicit operator bool() const = delete;
 
  private:
   static constexpr char kNoContent[2] = {};
+
+  const char* Data() const { return data_ != nullptr ? data_ : kNoContent; }
 
   char* data_ = nullptr;
   int size_ = 0;

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
+#include <cstring>
 #include <functional>
 #include <new>
 #include <random>
@@ -117,6 +117,9 @@ TEST(CBuffer, TakesSourcesInsideItself) {
   int pos = 0;
   buffer.Tokenize(buffer.GetBuffer() + 19, pos, buffer);
   EXPECT_STREQ(buffer, "efghi");
+  std::memcpy(buffer.GetBuffer() + buffer.GetAllocSize() - 3, "xyz", 3);  // behind the content
+  buffer.Insert(buffer.GetBuffer() + buffer.GetAllocSize() - 3, 3, 1);
+  EXPECT_STREQ(buffer, "exyzfghi");
 }
 
 TEST(CBuffer, TrimsWhiteSpace) {
@@ -153,22 +156,20 @@ TEST(CBuffer, ReadsNumbers) {
   const struct {
     const char* content;
     int start, len, sign, result, value;
-  } cases[] = {
-      {"123", 0, 3, 0, 0, 7},
-      {"1234", 0, 3, 0, 1, 123},
-      {"-12 ", 0, 3, 1, 1, -12},
-      {"+12 ", 0, 3, 1, 1, 12},
-      {"012 ", 0, 3, 1, 0, 7},
-      {"1x3 ", 0, 3, 0, 0, 7},
-      {"12", 1, 0, 0, 1, 0},
-      {"12", -1, 1, 0, 0, 7},
-      {"12", 0, -1, 0, 0, 7},
-      {"12", 0, 0x7FFFFFFF, 0, 0, 7},
-      {"2147483647 ", 0, 10, 0, 1, 2147483647},
-      {"2147483648 ", 0, 10, 0, 0, 7},
-      {"-2147483648 ", 0, 11, 1, 1, -2147483647 - 1},
-      {"99999999999999999999 ", 0, 20, 0, 0, 7},
-  };
+  } cases[] = {{"123", 0, 3, 0, 0, 7},
+               {"1234", 0, 3, 0, 1, 123},
+               {"-12 ", 0, 3, 1, 1, -12},
+               {"+12 ", 0, 3, 1, 1, 12},
+               {"012 ", 0, 3, 1, 0, 7},
+               {"1x3 ", 0, 3, 0, 0, 7},
+               {"12", 1, 0, 0, 1, 0},
+               {"12", -1, 1, 0, 0, 7},
+               {"12", 0, -1, 0, 0, 7},
+               {"12", 0, 0x7FFFFFFF, 0, 0, 7},
+               {"2147483647 ", 0, 10, 0, 1, 2147483647},
+               {"2147483648 ", 0, 10, 0, 0, 7},
+               {"-2147483648 ", 0, 11, 1, 1, -2147483647 - 1},
+               {"99999999999999999999 ", 0, 20, 0, 0, 7}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.content);
     int value = 7;
@@ -179,109 +180,82 @@ TEST(CBuffer, ReadsNumbers) {
 
 TEST(CBuffer, Compares) {
   const CBuffer narrow("xAb\x83\x41");  // the trail byte 41 is no letter
-  const CBuffer wide(u"xÀ"s);
+  const CBuffer wide(u"xÀ"s), odd("yx\0"s), none;
   CBuffer emptied("x");
   emptied.Empty();
+  constexpr int kWhole = -2;  // Equal, not EqualN
   const struct {
-    const char* what;
-    int result, expected;
-  } cases[] = {
-      {"tail", narrow.Equal("Ab\x83\x41", 0, 1, 0), 1},
-      {"case", narrow.Equal("ab\x83\x41", 0, 1, 0), 0},
-      {"no case", narrow.Equal("aB\x83\x41", 0, 1, 1), 1},
-      {"no case of trail bytes", narrow.Equal("ab\x83\x61", 0, 1, 1), 0},
-      {"shorter", narrow.Equal("Ab", 0, 1, 0), 0},
-      {"past the end", narrow.Equal("", 0, 6, 0), 0},
-      {"at the end", narrow.Equal("", 0, 5, 0), 1},
-      {"null", narrow.Equal(nullptr, 0, 0, 0), 0},
-      {"without storage", CBuffer().Equal("", 0, 0, 0), 0},
-      {"with storage", emptied.Equal("", 0, 0, 0), 1},
-      {"wide", wide.Equal(Wide(u"xÀ"), 1, 0, 0), 1},
-      {"wide no case", wide.Equal(Wide(u"Xà"), 1, 0, 1), 1},
-      {"wide at an odd place", CBuffer("yx\0"s).Equal(Wide(u"x"), 1, 1, 0), 1},
-      {"part", narrow.EqualN("abz", 2, 0, 1, 1), 1},
-      {"nothing", narrow.EqualN("z", 0, 0, 5, 0), 1},
-      {"too much", narrow.EqualN("Ab\x83\x41z", 5, 0, 1, 0), 0},
-      {"string shorter than n", narrow.EqualN("xA", 5, 0, 0, 0), 0},
-      {"all of s", narrow.EqualN("Ab", -1, 0, 1, 0), 1},
-      {"wide part of odd length", wide.EqualN(Wide(u"xz"), 3, 1, 0, 0), 1},
-      {"end", narrow.EndWith("B\x83\x41", 0, 1), 1},
-      {"longer end", narrow.EndWith("xxAb\x83\x41", 0, 0), 0},
-      {"wide end", wide.EndWith(Wide(u"à"), 1, 1), 1},
-      {"trail", narrow.IsMbsTrail(4), 1},
-      {"lead", narrow.IsMbsTrail(3), 0},
-      {"outside", narrow.IsMbsTrail(5) + narrow.IsMbsTrail(0) + narrow.IsMbsTrail(-1), 0},
-  };
-  for (const auto& c : cases) EXPECT_EQ(c.result, c.expected) << c.what;
+    const CBuffer& content;
+    const char* text;
+    int n, wide, pos, nocase, expected;
+  } cases[] = {{narrow, "Ab\x83\x41", kWhole, 0, 1, 0, 1},
+               {narrow, "ab\x83\x41", kWhole, 0, 1, 0, 0},
+               {narrow, "aB\x83\x41", kWhole, 0, 1, 1, 1},
+               {narrow, "ab\x83\x61", kWhole, 0, 1, 1, 0},
+               {narrow, "Ab", kWhole, 0, 1, 0, 0},
+               {narrow, "", kWhole, 0, 6, 0, 0},
+               {narrow, "", kWhole, 0, 5, 0, 1},
+               {narrow, nullptr, kWhole, 0, 0, 0, 0},
+               {none, "", kWhole, 0, 0, 0, 0},
+               {emptied, "", kWhole, 0, 0, 0, 1},
+               {wide, Wide(u"xÀ"), kWhole, 1, 0, 0, 1},
+               {wide, Wide(u"Xà"), kWhole, 1, 0, 1, 1},
+               {odd, Wide(u"x"), kWhole, 1, 1, 0, 1},
+               {narrow, "abz", 2, 0, 1, 1, 1},
+               {narrow, "z", 0, 0, 5, 0, 1},
+               {narrow, "Ab\x83\x41z", 5, 0, 1, 0, 0},
+               {narrow, "xA", 5, 0, 0, 0, 0},
+               {narrow, "Ab", -1, 0, 1, 0, 1},
+               {wide, Wide(u"xz"), 3, 1, 0, 0, 1}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.n == kWhole ? c.content.Equal(c.text, c.wide, c.pos, c.nocase)
+                            : c.content.EqualN(c.text, c.n, c.wide, c.pos, c.nocase),
+              c.expected)
+        << "row " << &c - cases;
+  }
+  EXPECT_EQ(narrow.EndWith("B\x83\x41", 0, 1) + wide.EndWith(Wide(u"à"), 1, 1), 2);
+  EXPECT_EQ(narrow.EndWith("xxAb\x83\x41"), 0);
+}
+
+// The answers to -2, -1, 0 to 7 and the two largest numbers; "-" is -1.
+template <class Find>
+std::string Everywhere(Find find) {
+  std::string answers;
+  for (const int at : {-2, -1, 0, 1, 2, 3, 4, 5, 6, 7, 0x7FFFFFFE, 0x7FFFFFFF}) {
+    const int found = find(at);
+    answers += found == -1 ? '-' : static_cast<char>('0' + found);
+  }
+  return answers;
 }
 
 TEST(CBuffer, FindsFromStartAndEnd) {
-  constexpr int kMax = 0x7FFFFFFF;
-  const CBuffer text("a\x83\x61xaXa");  // 0 a, 1 two bytes, 3 x, 4 a, 5 X, 6 a
-  const CBuffer wide(u"xyxy"s);
-  const struct {
-    const char* what;
-    int found, expected;
-  } cases[] = {
-      {"byte", text.FindAsciiChar('a', 1), 2},
-      {"character", text.FindChar('a', 1), 4},
-      {"start is a border", text.FindChar('a', 2), 2},
-      {"lead byte of a character", text.FindChar('\x83', 0), -1},
-      {"lone lead byte", CBuffer("\x83 ").FindChar('\x83', 0), 0},
-      {"start outside", text.FindChar('a', 7) + text.FindChar('a', -1) + text.FindChar('a', kMax),
-       -3},
-      {"any of a set", text.FindOneOfChar("zX\x61", 1), 2},
-      {"of no set", text.FindOneOfChar("", 0), -1},
-      {"last byte", text.ReverseFindAsciiChar('a', 4), 2},
-      {"last character", text.ReverseFindChar('a', 4), 0},
-      {"last of all", text.ReverseFindChar('a', -1), 6},
-      {"end outside", text.ReverseFindChar('a', kMax), 6},
-      {"end negative", text.ReverseFindChar('a', -2) + text.ReverseFindAsciiChar('a', -2), -2},
-      {"before the start", text.ReverseFindChar('a', 0), -1},
-      {"bytes of a phrase", text.FindAsciiPhrase("axa", 0, 0), 2},
-      {"characters of a phrase", text.FindPhrase("axa", 0, 0), -1},
-      {"phrase without case", text.FindPhrase("Xax", 0, 1), 3},
-      {"phrase outside", text.FindPhrase("a", -1, 0) + text.FindPhrase("a", kMax, 0), -2},
-      {"no phrase", text.FindPhrase("", 0, 0) + text.ReverseFindPhrase("", -1, 0), -2},
-      {"last phrase", text.ReverseFindPhrase("xa", -1, 1), 5},
-      {"last phrase before", text.ReverseFindPhrase("xa", 6, 1), 3},
-      {"last phrase, any negative end", text.ReverseFindAsciiPhrase("xa", -5, 1), 5},
-      {"last phrase, end outside", text.ReverseFindPhrase("a", kMax, 0), 6},
-      {"last phrase on a border", text.ReverseFindPhrase("a", 4, 0), 0},
-      {"wide", wide.FindPhrase(u"y", 4, 0), 6},
-      {"wide between units", wide.FindPhrase(u"y", 1, 0), -1},
-      {"wide last", wide.ReverseFindPhrase(u"XY", -1, 1), 4},
-      {"wide last before", wide.ReverseFindPhrase(u"xy", 6, 0), 0},
-      {"wide last between units", wide.ReverseFindPhrase(u"xy", 7, 0), -1},
-      {"wide last, end outside", wide.ReverseFindPhrase(u"xy", 0x7FFFFFFE, 0), 4},
-      {"wide last, odd end outside", wide.ReverseFindPhrase(u"xy", kMax, 0), -1},
-      {"wide last, negative end", wide.ReverseFindPhrase(u"xy", -2, 0), -1},
-  };
-  for (const auto& c : cases) EXPECT_EQ(c.found, c.expected) << c.what;
+  const CBuffer t("a\x83\x61xaXa");  // 0 a, 1 two bytes, 3 x, 4 a, 5 X, 6 a
+  const CBuffer w(u"xyxy"s);
+  EXPECT_EQ(Everywhere([&](int at) { return t.IsMbsTrail(at); }), "000010000000");
+  EXPECT_EQ(Everywhere([&](int at) { return t.FindAsciiChar('a', at); }), "--0224466---");
+  EXPECT_EQ(Everywhere([&](int at) { return t.FindChar('a', at); }), "--0424466---");
+  EXPECT_EQ(Everywhere([&](int at) { return t.FindChar('\x83', at); }), "------------");
+  EXPECT_EQ(CBuffer("\x83 ").FindChar('\x83'), 0);
+  EXPECT_EQ(Everywhere([&](int at) { return t.FindOneOfChar("zXa", at); }), "--0224456---");
+  EXPECT_EQ(Everywhere([&](int at) { return t.FindAsciiPhrase("axa", at); }), "--222-------");
+  EXPECT_EQ(Everywhere([&](int at) { return t.FindPhrase("Xax", at, 1); }), "--3333------");
+  EXPECT_EQ(Everywhere([&](int at) { return t.FindPhrase("", at); }), "------------");
+  EXPECT_EQ(Everywhere([&](int at) { return w.FindPhrase(u"y", at); }), "--2-2-6-6---");
+  EXPECT_EQ(Everywhere([&](int at) { return t.ReverseFindAsciiChar('a', at); }), "-6-002244666");
+  EXPECT_EQ(Everywhere([&](int at) { return t.ReverseFindChar('a', at); }), "-6-000044666");
+  EXPECT_EQ(Everywhere([&](int at) { return t.ReverseFindAsciiPhrase("A", at, 1); }),
+            "66-002244666");
+  EXPECT_EQ(Everywhere([&](int at) { return t.ReverseFindPhrase("a", at); }), "66-000044666");
+  EXPECT_EQ(Everywhere([&](int at) { return w.ReverseFindPhrase(u"XY", at, 1); }), "-4----0-0-4-");
 }
 
+// Ranges, case and borders are compared with the obvious way by the model above.
 TEST(CBuffer, ReplacesAll) {
-  const struct {
-    const char *content, *from, *to;
-    int start, count, nocase, replaced;
-    const char* expected;
-  } cases[] = {
-      {"aaa", "a", "aa", 0, 0, 0, 3, "aaaaaa"},
-      {"aaaa", "aa", nullptr, 1, 0, 0, 1, "aa"},
-      {"abAB", "AB", "x", 0, 0, 1, 2, "xx"},
-      {"abcabc", "abc", "longer", 0, 5, 0, 1, "longerabc"},
-      {"abcabc", "abc", "longer", 0, 6, 0, 2, "longerlonger"},
-      {"abc", "c", "d", 1, 0x7FFFFFFF, 0, 1, "abd"},
-      {"abc", "b", "d", -1, 0, 0, 0, "abc"},
-      {"abc", "", "d", 0, 0, 0, 0, "abc"},
-      {"\x83\x61\x61", "a", "b", 0, 0, 0, 1, "\x83\x61\x62"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.content);
-    CBuffer buffer(c.content);
-    EXPECT_EQ(buffer.ReplacePhraseAll(c.from, c.to, c.start, c.count, c.nocase), c.replaced);
-    EXPECT_STREQ(buffer, c.expected);
-  }
+  CBuffer buffer("aaa");
+  EXPECT_EQ(buffer.ReplacePhraseAll("a", "aa"), 3);
+  EXPECT_STREQ(buffer, "aaaaaa");
+  EXPECT_EQ(buffer.ReplacePhraseAll("aa", nullptr, 1, 0x7FFFFFFF), 2);
+  EXPECT_STREQ(buffer, "aa");
   CBuffer wide(u"aあa"s);
   EXPECT_EQ(wide.ReplacePhraseAll(u"A", u"bc", 2, 0, 1), 1);
   EXPECT_TRUE(wide.Units() == u"aあbc");
@@ -292,36 +266,30 @@ TEST(CBuffer, ReplacesAll) {
   EXPECT_EQ(large.GetLength(), 4000000);
 }
 
-TEST(CBuffer, Tokenizes) {
-  const struct {
-    const char *content, *delims;
-    int start;
-    const char* tokens;  // each followed by "|" and the position after it
-  } cases[] = {
-      {",a,,b;c", ",;", 0, "a|3 b|6 c|7 |7"},
-      {"a\x81\x41"
-       "b\x81\x42",
-       "\x81\x41", 0, "a|3 b\x81\x42|6 |6"},
-      {"\x83\x41"
-       "A,",
-       "A,", 0, "\x83\x41|3 |3"},
-      {",,", ",", 0, "|0"},
-      {"a", "", 0, "|0"},
-      {"a", ",", 1, "|1"},
-      {"a", ",", -1, "|-1"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.content);
-    const CBuffer buffer(c.content);
-    CBuffer token("x");
-    std::string tokens;
-    for (int pos = c.start; token.GetLength() > 0;) {
-      buffer.Tokenize(c.delims, pos, token);
-      if (!tokens.empty()) tokens += ' ';
-      tokens.append(token.Bytes()) += '|' + std::to_string(pos);
-    }
-    EXPECT_EQ(tokens, c.tokens);
+// The tokens, each followed by "|" and the position behind it.
+std::string Tokens(const char* content, const char* delims, int pos = 0) {
+  const CBuffer buffer(content);
+  CBuffer token("x");
+  std::string tokens;
+  while (token.GetLength() > 0) {
+    buffer.Tokenize(delims, pos, token);
+    tokens.append(token.Bytes()) += '|' + std::to_string(pos) + ' ';
   }
+  return tokens;
+}
+
+TEST(CBuffer, Tokenizes) {
+  EXPECT_EQ(Tokens(",a,,b;c", ",;"), "a|3 b|6 c|7 |7 ");
+  EXPECT_EQ(Tokens("a\x81\x41"
+                   "b\x81\x42",
+                   "\x81\x41"),
+            "a|3 b\x81\x42|6 |6 ");
+  EXPECT_EQ(Tokens("\x83\x41"
+                   "A,",
+                   "A,"),
+            "\x83\x41|3 |3 ");
+  EXPECT_EQ(Tokens(",,", ","), "|0 ");
+  EXPECT_EQ(Tokens("a", "") + Tokens("a", ",", 1) + Tokens("a", ",", -1), "|0 |1 |-1 ");
 }
 
 TEST(CFixBuffer, TakesOverBlocks) {

@@ -42,20 +42,19 @@ TEST(Frame, MeasuresBoundedStrings) {
 }
 
 TEST(Frame, GivesPrimes) {
-  const struct {
-    unsigned n, prime;
-  } cases[] = {{0, 0},
-               {3, 3},
-               {4, 5},
-               {5, 5},
-               {6, 7},
-               {9, 11},
-               {12, 13},
-               {49, 53},
-               {961, 967},
-               {4294967280u, 4294967291u},
-               {4294967295u, 4294967291u}};
-  for (const auto& c : cases) EXPECT_EQ(GetPrimeUpper(c.n), c.prime) << c.n;
+  constexpr unsigned kLargest = 4294967291u;
+  const unsigned cases[][2] = {{0, 0},
+                               {3, 3},
+                               {4, 5},
+                               {5, 5},
+                               {6, 7},
+                               {9, 11},
+                               {12, 13},
+                               {49, 53},
+                               {961, 967},
+                               {kLargest - 11, kLargest},
+                               {kLargest + 4, kLargest}};
+  for (const auto& c : cases) EXPECT_EQ(GetPrimeUpper(c[0]), c[1]) << c[0];
 }
 
 TEST(Frame, ExceptionsGiveTheirMessage) {
