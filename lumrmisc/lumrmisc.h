@@ -1,0 +1,48 @@
+// The whole library: every public header, from the ground floor up.
+#pragma once
+
+#include "lumrmisc/platform/clock.h"
+#include "lumrmisc/platform/codepage.h"
+#include "lumrmisc/platform/conversion_report.h"
+#include "lumrmisc/platform/cpu.h"
+#include "lumrmisc/platform/files.h"
+#include "lumrmisc/platform/mbcs.h"
+#include "lumrmisc/platform/memory.h"
+#include "lumrmisc/platform/messages.h"
+#include "lumrmisc/platform/random.h"
+#include "lumrmisc/platform/terminal.h"
+#include "lumrmisc/platform/types.h"
+#include "lumrmisc/platform/unicode.h"
+#include "lumrmisc/platform/window.h"
+
+#include "lumrmisc/buffer/ascii.h"
+#include "lumrmisc/buffer/buffer.h"
+#include "lumrmisc/buffer/counted.h"
+#include "lumrmisc/buffer/fixbuffer.h"
+#include "lumrmisc/buffer/frame.h"
+#include "lumrmisc/buffer/textfinder.h"
+#include "lumrmisc/buffer/textscan.h"
+#include "lumrmisc/buffer/trace.h"
+
+#include "lumrmisc/charset/codetype.h"
+#include "lumrmisc/charset/convert.h"
+#include "lumrmisc/charset/detect.h"
+#include "lumrmisc/charset/japanese.h"
+#include "lumrmisc/charset/linescan.h"
+#include "lumrmisc/charset/mailcharset.h"
+#include "lumrmisc/charset/transcoder.h"
+
+#include "lumrmisc/mailtext/headerparam.h"
+#include "lumrmisc/mailtext/headerword.h"
+#include "lumrmisc/mailtext/transfer.h"
+#include "lumrmisc/mailtext/transfercoder.h"
+
+#include "lumrmisc/crypto/blowfish.h"
+#include "lumrmisc/crypto/md5.h"
+#include "lumrmisc/crypto/passwordtext.h"
+#include "lumrmisc/crypto/pseudorandom.h"
+
+#include "lumrmisc/settings/appdirs.h"
+#include "lumrmisc/settings/settingdata.h"
+#include "lumrmisc/settings/userlist.h"
+#include "lumrmisc/settings/users.h"

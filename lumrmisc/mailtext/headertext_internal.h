@@ -1,0 +1,47 @@
+// What header words and header parameters share: labelled bytes to text that is safe to show.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "lumrmisc/buffer/buffer.h"
+#include "lumrmisc/charset/codetype.h"
+#include "lumrmisc/platform/types.h"
+
+namespace lumr::header {
+
+// Whether the bytes of a code type tell that its label is right: text in another encoding seldom
+// passes. A single-byte set takes anything.
+bool IsTelling(CodeType codeType);
+
+// How well bytes could be read.
+struct ReadingResult {
+  long long errors = 0;    // characters that had to be replaced
+  bool asLabelled = true;  // the bytes are wholly in the labelled charset
+};
+
+// Bytes in the charset of a label, whose code type is given (CT_UNKNOWN where nobody knows it: the
+// charset is then detected, as it is when the bytes are plainly in another one), as UTF-16LE in
+// text, which is replaced.
+ReadingResult ReadLabelledBytes(std::string_view label, CodeType codeType, std::string_view bytes,
+                                CBuffer& text);
+
+// The label under which raw text of a header is read when the body has the given one: no header
+// is in UTF-16, whose ASCII is not ASCII.
+std::string_view RawLabel(std::string_view rawCharset);
+
+// Whether bytes are the same text in ASCII and in the code type.
+bool IsPlainIn(CodeType codeType, std::string_view bytes);
+
+// Append text to a header value without any control character: a run of line breaks, tabs and
+// other white space among them becomes one space, the others and byte-order marks are dropped.
+void AppendCleanAscii(std::string_view text, CStringW& out);
+void AppendCleanUnits(std::string_view utf16, CStringW& out);
+
+// Takes folds out: a line break, with all white space around it, becomes one space.
+void AppendUnfolded(std::string_view raw, std::string& out);
+
+// Without the white space and line breaks at both ends.
+std::string_view TrimmedFold(std::string_view raw);
+
+}  // namespace lumr::header
