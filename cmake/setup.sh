@@ -5,11 +5,12 @@
 
 packages_build="g++ cmake ninja-build pkg-config"
 packages_tool="$packages_build libgmime-3.0-dev libcli11-dev nlohmann-json3-dev"
-packages_release="$packages_tool libgtest-dev libicu-dev python3 clang-format"
-packages_asan="$packages_tool libgtest-dev libicu-dev"
+packages_tests="$packages_tool libgtest-dev libicu-dev libssl-dev nettle-dev"
+packages_release="$packages_tests python3 clang-format"
+packages_asan="$packages_tests"
 packages_windows="$packages_tool g++-mingw-w64-x86-64-posix googletest wine wine64"
 packages_fuzz="$packages_build clang"
-packages_bench="$packages_tool libbenchmark-dev libicu-dev libssl-dev libuchardet-dev libonig-dev nkf"
+packages_bench="$packages_tool libbenchmark-dev libicu-dev libssl-dev nettle-dev libgcrypt20-dev libuchardet-dev libonig-dev nkf"
 
 say() { printf '%s\n' "$*" >&2; }
 

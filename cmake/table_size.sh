@@ -2,7 +2,7 @@
 # Prints how many bytes the generated tables take in the objects of a build, and fails when
 # that is more than 1 MiB. Usage: table_size.sh BUILD_DIR
 set -eu
-objects=$(find "${1:?usage: table_size.sh BUILD_DIR}" -path '*lumrmisc_platform.dir*' \
+objects=$(find "${1:?usage: table_size.sh BUILD_DIR}/lumrmisc/platform" \
   \( -name 'codepage.cpp.o*' -o -name 'mbcs.cpp.o*' -o -name 'unicode.cpp.o*' \))
 [ "$(echo "$objects" | wc -l)" -eq 3 ] || { echo "table_size.sh: no build in $1" >&2; exit 2; }
 # Constants named k..., and the rest that the compiler put beside them.

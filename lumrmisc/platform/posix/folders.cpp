@@ -15,7 +15,7 @@ CStringW WithSeparator(const CStringW& folder) {
   return folder.empty() ? CStringW() : JoinPath(folder, u"");
 }
 
-// A folder that a variable names. The XDG Base Directory Specification has relative ones ignored,
+// A folder that a variable names. The XDG base directory rules have relative ones ignored,
 // which is good sense for all of them.
 CStringW FolderFrom(const char* variable) {
   const char* const value = getenv(variable);
