@@ -1,0 +1,80 @@
+#include "tool/tool_runner.h"
+
+#include <cstdlib>
+#include <filesystem>
+
+namespace lumr::test {
+
+namespace {
+
+std::string Program() {
+  return std::filesystem::absolute(LUMR_PROGRAM).make_preferred().string();
+}
+
+}  // namespace
+
+ToolRunner::ToolRunner() : before_(std::filesystem::current_path().string()) {
+  std::filesystem::current_path(std::filesystem::path(folder_.Path()));
+}
+
+ToolRunner::~ToolRunner() {
+  std::filesystem::current_path(before_);
+}
+
+RunResult ToolRunner::Run(std::string_view arguments, std::string_view input) const {
+  Write(".in", input);
+  const bool chosen = arguments.find("--lang") != std::string_view::npos;
+  // The command line must not begin with a quotation mark: cmd.exe would take two away.
+  return System("cd . && \"" + Program() + "\" " + std::string(arguments) +
+                (chosen ? "" : " --lang en") + " <.in >.out 2>.err");
+}
+
+RunResult ToolRunner::Shell(std::string line) const {
+  const std::string_view mark = "LUMR";
+  line.replace(line.find(mark), mark.size(), '"' + Program() + '"');
+  return System(line);
+}
+
+RunResult ToolRunner::System(const std::string& line) const {
+  const int status = std::system(line.c_str());
+  // POSIX keeps the exit status in the high byte.
+  return {status > 255 ? status / 256 : status, Read(".out"), Read(".err")};
+}
+
+void ToolRunner::Write(const std::string& name, std::string_view content) const {
+  if (WriteFileDurably(folder_ / PathFromUtf8(name), content)) std::abort();
+}
+
+std::string ToolRunner::Read(const std::string& name) const {
+  return ContentOf(folder_ / PathFromUtf8(name));
+}
+
+std::vector<Json> JsonLines(std::string_view text) {
+  std::vector<Json> objects;
+  while (!text.empty()) {
+    const std::size_t feed = text.find('\n');
+    objects.push_back(Json::parse(text.substr(0, feed)));
+    text.remove_prefix(feed == std::string_view::npos ? text.size() : feed + 1);
+  }
+  return objects;
+}
+
+std::string UnsafeIn(std::string_view text) {
+  try {
+    static_cast<void>(Json(std::string(text)).dump());  // refuses what is no UTF-8
+  } catch (const Json::exception& error) {
+    return error.what();
+  }
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    const bool isC1 = byte == 0xC2 && static_cast<unsigned char>(text[i + 1]) < 0xA0;
+    if (isC1 || byte == 0x7F || (byte < 0x20 && byte != '\n' && byte != '\t')) {
+      return "control character at " + std::to_string(i) + ": " +
+             Json(std::string(text.substr(i < 20 ? 0 : i - 20, 40)))
+                 .dump(-1, ' ', true, Json::error_handler_t::replace);
+    }
+  }
+  return {};
+}
+
+}  // namespace lumr::test

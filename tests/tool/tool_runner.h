@@ -1,0 +1,51 @@
+// Runs the built tool as a user does.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/scratch_folder.h"
+
+namespace lumr::test {
+
+using Json = nlohmann::json;
+
+struct RunResult {
+  int status;  // the exit status; a crash gives another number than 0, 1 and 2
+  std::string out;
+  std::string err;
+};
+
+// A folder of its own for each test, in which the tool runs.
+class ToolRunner {
+ public:
+  ToolRunner();
+  ~ToolRunner();
+
+  // Arguments are separated by spaces; what needs quotation marks brings its own. Messages are in
+  // English unless the arguments choose.
+  RunResult Run(std::string_view arguments, std::string_view input = {}) const;
+  // What a POSIX shell makes of a line in which LUMR stands for the tool; only the status and
+  // standard error count.
+  RunResult Shell(std::string line) const;
+
+  void Write(const std::string& name, std::string_view content) const;
+  std::string Read(const std::string& name) const;
+  std::size_t FileCount() const { return folder_.Count(); }
+
+ private:
+  RunResult System(const std::string& line) const;
+
+  ScratchFolder folder_;
+  std::string before_;
+};
+
+std::vector<Json> JsonLines(std::string_view text);
+
+// The first thing in text that no terminal should get: a control character other than a line
+// feed or tab, or bytes that are no UTF-8. Empty when there is none.
+std::string UnsafeIn(std::string_view text);
+
+}  // namespace lumr::test

@@ -1,0 +1,25 @@
+// The tool's commands: each source file of a command family gives the functions that declare
+// its options and hand back what runs them.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+
+#include "session.h"
+
+namespace lumr::tool {
+
+// Runs a command after its options have been read.
+using Runner = std::function<void(Session&)>;
+
+Runner AddShow(CLI::App& command);
+Runner AddDetect(CLI::App& command);
+Runner AddConvert(CLI::App& command);
+Runner AddEncode(CLI::App& command);
+Runner AddDecode(CLI::App& command);
+Runner AddCharsets(CLI::App& command);
+
+// Whether this build reads mail: without GMime it does not.
+extern const bool kHasMailCommands;
+
+}  // namespace lumr::tool
