@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <string>
 
+#include "lumrmisc/buffer/ascii.h"
+#include "lumrmisc/charset/convert.h"
 #include "lumrmisc/charset/detect.h"
 #include "lumrmisc/charset/detect_internal.h"
 #include "lumrmisc/charset/transcoder_internal.h"
@@ -15,91 +16,93 @@ namespace {
 
 // ---- Labels ------------------------------------------------------------------------------------
 
-// Names of charsets beside those of CharSetName2CodeExact: registered aliases, those of the WHATWG
-// encoding standard, and what mailers make up. Each name stands between spaces.
+// How the bytes under a label relate to the code type of its row.
+enum class LabelKind {
+  kSame,
+  kNear,       // but for a few characters the same
+  kUtf16Open,  // without a mark of either byte order
+  kUtf16,      // without a mark little-endian
+  kUtf16Big,
+};
+
+// A charset as mail names it, by the names of CharSetName2CodeExact, registered aliases, those of
+// the WHATWG encoding standard, and what mailers make up.
 struct LabelRow {
   CodeType codeType;
-  std::string_view names;
+  std::string_view names;  // in lower case, a space between two
+  LabelKind kind = LabelKind::kSame;
+  std::string_view differing = {};  // of kNear: bytes that are other characters, not unknown ones
 };
-constexpr LabelRow kLabels[] = {
+constexpr LabelRow kLabelRows[] = {
     {CT_ASCII,
-     " us csascii usascii ansi_x3.4-1968 ansi_x3.4-1986 iso-ir-6 iso646-us iso_646.irv:1991 646"
-     " ibm367 cp367 cp20127 7bit "},
+     "us-ascii ascii us csascii usascii ansi_x3.4-1968 ansi_x3.4-1986 iso-ir-6 iso646-us"
+     " iso_646.irv:1991 646 ibm367 cp367 cp20127 7bit"},
     {CT_UTF8,
-     " csutf8 unicode-1-1-utf-8 unicode11utf8 unicode20utf8 x-unicode20utf8 x-utf-8 utf_8 utf-8n"
-     " utf8mb4 cp65001 "},
+     "utf-8 utf8 csutf8 unicode-1-1-utf-8 unicode11utf8 unicode20utf8 x-unicode20utf8 x-utf-8 utf_8"
+     " utf-8n utf8mb4 cp65001"},
     {CT_UTF7,
-     " csutf7 unicode-1-1-utf-7 csunicode11utf7 unicode-2-0-utf-7 x-unicode-2-0-utf-7 cp65000 "},
+     "utf-7 utf7 csutf7 unicode-1-1-utf-7 csunicode11utf7 unicode-2-0-utf-7 x-unicode-2-0-utf-7"
+     " cp65000"},
     {CT_JIS,
-     " csiso2022jp iso2022jp iso2022-jp iso-2022jp iso_2022-jp x-iso-2022-jp iso-2022-jp-ms"
-     " cp50220 cp50221 cp50222 jis jis7 jis_encoding csjisencoding junet "},
+     "iso-2022-jp csiso2022jp iso2022jp iso2022-jp iso-2022jp iso_2022-jp x-iso-2022-jp"
+     " iso-2022-jp-ms cp50220 cp50221 cp50222 jis jis7 jis_encoding csjisencoding junet"},
     {CT_EUC,
-     " cseucpkdfmtjapanese extended_unix_code_packed_format_for_japanese x-euc-jp x-eucjp x-euc"
-     " euc eucjp euc_jp ujis eucjp-ms euc-jp-ms eucjpms eucjp-win cp51932 cp20932 "},
+     "euc-jp cseucpkdfmtjapanese extended_unix_code_packed_format_for_japanese x-euc-jp x-eucjp"
+     " x-euc euc eucjp euc_jp ujis eucjp-ms euc-jp-ms eucjpms eucjp-win cp51932 cp20932"},
     {CT_SJIS,
-     " csshiftjis sjis shiftjis x-shift-jis x-shift_jis ms_kanji mskanji ms932 windows-31j"
-     " cswindows31j windows-932 cp932 x-ms-cp932 sjis-win x-sjis-win pck "},
+     "shift_jis shift-jis x-sjis csshiftjis sjis shiftjis x-shift-jis x-shift_jis ms_kanji mskanji"
+     " ms932 windows-31j cswindows31j windows-932 cp932 x-ms-cp932 sjis-win x-sjis-win pck"},
     {CT_GB2312,
-     " csgb2312 csiso58gb231280 iso-ir-58 chinese gb_2312 gb_2312-80 gb2312-80 gbk x-gbk csgbk"
-     " ms936 windows-936 cp936 euc-cn euccn x-euc-cn cn-gb "},
-    {CT_BIG5, " csbig5 cn-big5 x-big5 x-x-big5 big-5 big5-eten ms950 windows-950 cp950 "},
+     "gb2312 csgb2312 csiso58gb231280 iso-ir-58 chinese gb_2312 gb_2312-80 gb2312-80 gbk x-gbk"
+     " csgbk ms936 windows-936 cp936 euc-cn euccn x-euc-cn cn-gb"},
+    {CT_BIG5, "big5 csbig5 cn-big5 x-big5 x-x-big5 big-5 big5-eten ms950 windows-950 cp950"},
     {CT_KSC5601,
-     " csksc56011987 iso-ir-149 korean ks_c_5601-1989 ks_c_5601_1987 ks_c-5601-1987 ksc5601"
-     " ksc_5601 ksc-5601 ms949 windows-949 x-windows-949 cp949 uhc x-uhc "},
-    {CT_EUCKR, " cseuckr euckr euc_kr x-euc-kr cp51949 "},
-    {CT_KOI8R, " cskoi8r koi koi8 koi8r koi8_r cp20866 "},
+     "ks_c_5601-1987 ks_c_5601 csksc56011987 iso-ir-149 korean ks_c_5601-1989 ks_c_5601_1987"
+     " ks_c-5601-1987 ksc5601 ksc_5601 ksc-5601 ms949 windows-949 x-windows-949 cp949 uhc x-uhc"},
+    {CT_EUCKR, "euc-kr cseuckr euckr euc_kr x-euc-kr cp51949"},
+    {CT_KOI8R, "koi8-r cskoi8r koi koi8 koi8r koi8_r cp20866"},
     {CT_ISO8859_1,
-     " csisolatin1 latin1 latin-1 iso-latin-1 l1 iso-ir-100 iso8859-1 iso88591 iso8859_1"
-     " iso_8859-1 iso_8859-1:1987 8859-1 ibm819 cp819 cp28591 "},
+     "iso-8859-1 csisolatin1 latin1 latin-1 iso-latin-1 l1 iso-ir-100 iso8859-1 iso88591 iso8859_1"
+     " iso_8859-1 iso_8859-1:1987 8859-1 ibm819 cp819 cp28591"},
     {CT_ISO8859_2,
-     " csisolatin2 latin2 latin-2 l2 iso-ir-101 iso8859-2 iso88592 iso8859_2 iso_8859-2"
-     " iso_8859-2:1987 cp28592 "},
+     "iso-8859-2 csisolatin2 latin2 latin-2 l2 iso-ir-101 iso8859-2 iso88592 iso8859_2 iso_8859-2"
+     " iso_8859-2:1987 cp28592"},
     {CT_ISO8859_4,
-     " csisolatin4 latin4 latin-4 l4 iso-ir-110 iso8859-4 iso88594 iso8859_4 iso_8859-4"
-     " iso_8859-4:1988 cp28594 "},
+     "iso-8859-4 csisolatin4 latin4 latin-4 l4 iso-ir-110 iso8859-4 iso88594 iso8859_4 iso_8859-4"
+     " iso_8859-4:1988 cp28594"},
     {CT_ISO8859_5,
-     " csisolatincyrillic cyrillic iso-ir-144 iso8859-5 iso88595 iso8859_5 iso_8859-5"
-     " iso_8859-5:1988 cp28595 "},
+     "iso-8859-5 csisolatincyrillic cyrillic iso-ir-144 iso8859-5 iso88595 iso8859_5 iso_8859-5"
+     " iso_8859-5:1988 cp28595"},
     {CT_ISO8859_7,
-     " csisolatingreek greek greek8 ecma-118 elot_928 sun_eu_greek iso-ir-126 iso8859-7 iso88597"
-     " iso8859_7 iso_8859-7 iso_8859-7:1987 cp28597 "},
+     "iso-8859-7 csisolatingreek greek greek8 ecma-118 elot_928 sun_eu_greek iso-ir-126 iso8859-7"
+     " iso88597 iso8859_7 iso_8859-7 iso_8859-7:1987 cp28597"},
     {CT_ISO8859_9,
-     " csisolatin5 latin5 latin-5 l5 iso-ir-148 iso8859-9 iso88599 iso8859_9 iso_8859-9"
-     " iso_8859-9:1989 cp28599 "},
-    {CT_WIN1250, " cswindows1250 windows1250 cp1250 x-cp1250 ms-ee "},
-    {CT_WIN1251, " cswindows1251 windows1251 cp1251 x-cp1251 win-1251 ms-cyrl "},
-    {CT_WIN1252, " cswindows1252 windows1252 cp1252 x-cp1252 ms-ansi x-ansi "},
-    {CT_WIN1253, " cswindows1253 windows1253 cp1253 x-cp1253 ms-greek "},
-    {CT_WIN1254, " cswindows1254 windows1254 cp1254 x-cp1254 ms-turk "},
-    {CT_WIN1257, " cswindows1257 windows1257 cp1257 x-cp1257 winbaltrim "},
-};
-
-constexpr struct {
-  Utf16Order order;
-  std::string_view names;
-} kUtf16Labels[] = {
-    {Utf16Order::kBigEndian, " utf-16be csutf16be utf16be unicodefffe cp1201 ucs-2be "},
-    {Utf16Order::kByMark,
-     " utf-16le csutf16le utf16le unicodefeff cp1200 ucs-2le csutf16 csunicode ucs-2 ucs2"
-     " iso-10646-ucs-2 "},
-};
-
-// Sets that are one of the library's but for some characters: for the named bytes, or for codes
-// that the library's table lacks altogether.
-constexpr struct NearRow {
-  CodeType codeType;
-  std::string_view differing;
-  std::string_view names;
-} kNearLabels[] = {
-    {CT_ISO8859_1, "\xA4\xA6\xA8\xB4\xB8\xBC\xBD\xBE",
-     " iso-8859-15 iso8859-15 iso885915 iso_8859-15 csiso885915 csisolatin9 latin-9 latin9 l9 "},
-    {CT_WIN1257, "\xA1\xA5\xB4\xFF", " iso-8859-13 iso8859-13 iso885913 csiso885913 "},
-    {CT_KOI8R, "\xA4\xA6\xA7\xAD\xB4\xB6\xB7\xBD", " koi8-u koi8u cskoi8u "},
-    {CT_GB2312, "", " gb18030 csgb18030 "},
-    {CT_BIG5, "", " big5-hkscs big5hkscs csbig5hkscs "},
-    {CT_JIS, "", " iso-2022-jp-1 iso-2022-jp-2 csiso2022jp2 iso-2022-jp-3 iso-2022-jp-2004 "},
-    {CT_EUC, "", " euc-jisx0213 euc-jis-2004 "},
-    {CT_SJIS, "", " shift_jisx0213 shift_jis-2004 ibm-943 cp943 "},
+     "iso-8859-9 csisolatin5 latin5 latin-5 l5 iso-ir-148 iso8859-9 iso88599 iso8859_9 iso_8859-9"
+     " iso_8859-9:1989 cp28599"},
+    {CT_WIN1250, "windows-1250 cswindows1250 windows1250 cp1250 x-cp1250 ms-ee"},
+    {CT_WIN1251, "windows-1251 cswindows1251 windows1251 cp1251 x-cp1251 win-1251 ms-cyrl"},
+    {CT_WIN1252, "windows-1252 cswindows1252 windows1252 cp1252 x-cp1252 ms-ansi x-ansi"},
+    {CT_WIN1253, "windows-1253 cswindows1253 windows1253 cp1253 x-cp1253 ms-greek"},
+    {CT_WIN1254, "windows-1254 cswindows1254 windows1254 cp1254 x-cp1254 ms-turk"},
+    {CT_WIN1257, "windows-1257 cswindows1257 windows1257 cp1257 x-cp1257 winbaltrim"},
+    {CT_UNICODE, "unicode utf-16 utf16", LabelKind::kUtf16Open},
+    {CT_UNICODE,
+     "utf-16le csutf16le utf16le unicodefeff cp1200 ucs-2le csutf16 csunicode ucs-2 ucs2"
+     " iso-10646-ucs-2",
+     LabelKind::kUtf16},
+    {CT_UNICODE, "utf-16be csutf16be utf16be unicodefffe cp1201 ucs-2be", LabelKind::kUtf16Big},
+    {CT_ISO8859_1,
+     "iso-8859-15 iso8859-15 iso885915 iso_8859-15 csiso885915 csisolatin9 latin-9 latin9 l9",
+     LabelKind::kNear, "\xA4\xA6\xA8\xB4\xB8\xBC\xBD\xBE"},
+    {CT_WIN1257, "iso-8859-13 iso8859-13 iso885913 csiso885913", LabelKind::kNear,
+     "\xA1\xA5\xB4\xFF"},
+    {CT_KOI8R, "koi8-u koi8u cskoi8u", LabelKind::kNear, "\xA4\xA6\xA7\xAD\xB4\xB6\xB7\xBD"},
+    {CT_GB2312, "gb18030 csgb18030", LabelKind::kNear},
+    {CT_BIG5, "big5-hkscs big5hkscs csbig5hkscs", LabelKind::kNear},
+    {CT_JIS, "iso-2022-jp-1 iso-2022-jp-2 csiso2022jp2 iso-2022-jp-3 iso-2022-jp-2004",
+     LabelKind::kNear},
+    {CT_EUC, "euc-jisx0213 euc-jis-2004", LabelKind::kNear},
+    {CT_SJIS, "shift_jisx0213 shift_jis-2004 ibm-943 cp943", LabelKind::kNear},
 };
 
 // Sets that are part of a larger one of the library.
@@ -112,43 +115,69 @@ constexpr struct {
     {CT_EUCKR, CT_KSC5601},
 };
 
-constexpr std::size_t kLongestLabel = 64;
+struct Label {
+  std::string_view name;
+  const LabelRow* row = nullptr;
+};
 
-// The label in lower case without white space and quotes around and without a language; empty
-// when there is none, and for what no label is.
-std::string NormalLabel(std::string_view label) {
-  constexpr std::string_view kAround = " \t\r\n\"'";
-  label = label.substr(0, label.find('*'));
-  const std::size_t begin = std::min(label.find_first_not_of(kAround), label.size());
-  label = label.substr(begin, label.find_last_not_of(kAround) + 1 - begin);
-  std::string normal(label.substr(0, kLongestLabel + 1));
-  for (char& c : normal) {
-    if ('A' <= c && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return normal;
+// By length first, which tells most names apart.
+constexpr bool IsBefore(std::string_view a, std::string_view b) {
+  return a.size() != b.size() ? a.size() < b.size() : a < b;
 }
 
-template <typename Rows>
-auto FindRow(const Rows& rows, const std::string& label) {
-  const bool isName = label.find(' ') == label.npos;
-  const std::string name = ' ' + label + ' ';
-  return std::find_if(std::begin(rows), std::end(rows), [&](const auto& row) {
-    return isName && row.names.find(name) != row.names.npos;
-  });
+constexpr std::size_t kLabelCount = [] {
+  std::size_t count = 0;
+  for (const LabelRow& row : kLabelRows) {
+    count += 1 + static_cast<std::size_t>(std::ranges::count(row.names, ' '));
+  }
+  return count;
+}();
+
+// All names, in order.
+constexpr auto kLabels = [] {
+  std::array<Label, kLabelCount> labels{};
+  auto label = labels.begin();
+  for (const LabelRow& row : kLabelRows) {
+    for (std::string_view rest = row.names; !rest.empty(); ++label) {
+      *label = {rest.substr(0, rest.find(' ')), &row};
+      rest.remove_prefix(std::min(label->name.size() + 1, rest.size()));
+    }
+  }
+  std::ranges::sort(labels, IsBefore, &Label::name);
+  return labels;
+}();
+static_assert(std::ranges::adjacent_find(kLabels, {}, &Label::name) == kLabels.end());
+
+// A label in lower case without white space and quotes around and without a language; empty
+// when there is none.
+class NormalLabel {
+ public:
+  explicit NormalLabel(std::string_view label) {
+    constexpr std::string_view kAround = " \t\r\n\"'";
+    label = label.substr(0, label.find('*'));
+    label.remove_prefix(std::min(label.find_first_not_of(kAround), label.size()));
+    label = label.substr(0, label.find_last_not_of(kAround) + 1);
+    size_ = std::min(label.size(), chars_.size());
+    std::ranges::transform(label.substr(0, size_), chars_.begin(), AsciiLower);
+  }
+  std::string_view Text() const { return {chars_.data(), size_}; }
+
+ private:
+  // More than any name has, so that a longer label is none even without its end.
+  std::array<char, kLabels.back().name.size() + 1> chars_;
+  std::size_t size_;
+};
+
+// Null when nobody knows the label.
+const LabelRow* FindLabel(const NormalLabel& label) {
+  const std::string_view name = label.Text();
+  const auto found = std::ranges::lower_bound(kLabels, name, IsBefore, &Label::name);
+  return found != kLabels.end() && found->name == name ? found->row : nullptr;
 }
 
-CodeType CodeTypeOfNormalLabel(const std::string& label, Utf16Order& order) {
-  order = Utf16Order::kLittleEndian;
-  const auto utf16 = FindRow(kUtf16Labels, label);
-  if (utf16 != std::end(kUtf16Labels)) {
-    order = utf16->order;
-    return CT_UNICODE;
-  }
-  const CodeType codeType = CharSetName2CodeExact(label);
-  if (codeType == CT_UNICODE) order = Utf16Order::kByMark;
-  if (codeType != CT_UNKNOWN) return codeType;
-  const auto row = FindRow(kLabels, label);
-  return row == std::end(kLabels) ? CT_UNKNOWN : row->codeType;
+Utf16Order OrderOf(const LabelRow& row) {
+  if (row.codeType != CT_UNICODE) return Utf16Order::kLittleEndian;
+  return row.kind == LabelKind::kUtf16Big ? Utf16Order::kBigEndian : Utf16Order::kByMark;
 }
 
 // ---- What the bytes look like ------------------------------------------------------------------
@@ -161,10 +190,6 @@ bool IsEightBit(char byte) {
   return IsBetween(byte, 0x80, 0xFF);
 }
 
-bool IsAsciiLetter(char byte) {
-  return IsBetween(byte, 'A', 'Z') || IsBetween(byte, 'a', 'z');
-}
-
 bool HasZero(std::string_view text) {
   return text.find('\0') != text.npos;
 }
@@ -174,7 +199,7 @@ bool HasUtf16Mark(std::string_view text) {
 }
 
 // The form of UTF-8, also of a text that was cut inside its last character.
-bool IsUtf8Text(std::string_view text) {
+bool IsWholeUtf8(std::string_view text) {
   for (int cut = 0; cut <= 3 && !text.empty(); ++cut) {
     if (IsUTF8(text)) return true;
     if (!IsEightBit(text.back())) return false;
@@ -193,6 +218,17 @@ long long CountInvalid(CodeType codeType, std::string_view text,
 
 bool IsValid(CodeType codeType, std::string_view text) {
   return CountInvalid(codeType, text, 0) == 0;
+}
+
+// The form of UTF-8, but for a damaged character here and there. In other encodings most bytes that
+// look like the lead of a sequence are none; even of names of a few kanji hardly one looks like
+// six sequences with one of them damaged.
+bool IsUtf8Text(std::string_view text) {
+  constexpr long long kForEachDamaged = 6;
+  if (IsWholeUtf8(text)) return true;
+  const auto isLead = [](char byte) { return IsBetween(byte, 0xC2, 0xF4); };
+  const long long most = std::ranges::count_if(text, isLead) / kForEachDamaged;
+  return most > 0 && CountInvalid(CT_UTF8, text, most) <= most;
 }
 
 // ---- EUC-JP, Shift_JIS or neither --------------------------------------------------------------
@@ -290,11 +326,19 @@ CodeType DetectEightBit(std::string_view text) {
   return isJapanese || !IsValid(CT_WIN1252, text) ? guess.codeType : CT_WIN1252;
 }
 
+bool LooksLikeKana(CodeType codeType, std::string_view text) {
+  const JapaneseLook look = LookAs(codeType, text);
+  return look.kana > 0 && look.IsJapanese();
+}
+
+// The looks come first: they settle almost every Western text, at less cost than two conversions.
 bool IsSurelyJapanese(std::string_view text, CodeType& codeType) {
+  const bool isLikeEuc = LooksLikeKana(CT_EUC, text);
+  const bool isLikeSJis = LooksLikeKana(CT_SJIS, text);
+  if (!isLikeEuc && !isLikeSJis) return false;
   const Guess guess = GuessJapanese(text);
   codeType = guess.codeType;
-  const JapaneseLook look = LookAs(codeType, text);
-  return guess.invalid == 0 && look.kana > 0 && look.IsJapanese();
+  return guess.invalid == 0 && (codeType == CT_EUC ? isLikeEuc : isLikeSJis);
 }
 
 // ---- The decision ------------------------------------------------------------------------------
@@ -326,15 +370,15 @@ MailCharset Detect(std::string_view text, CharsetSource source) {
   return {isSevenBit ? CT_ASCII : DetectEightBit(text), source};
 }
 
-MailCharset ResolveUtf16(const std::string& label, Utf16Order order, std::string_view text) {
+MailCharset ResolveUtf16(const LabelRow& row, std::string_view text) {
   if (!HasUtf16Mark(text) && !HasZero(text)) {
     const CodeType codeType = ExplainDetection(text).codeType;
     if (!text.empty() && (codeType == CT_ASCII || codeType == CT_UTF8 || codeType == CT_JIS)) {
       return {codeType, CharsetSource::kLabelLies};
     }
   }
-  const bool isOrderOpen = FindRow(kUtf16Labels, label) == std::end(kUtf16Labels);
-  if (isOrderOpen && !HasUtf16Mark(text)) {
+  Utf16Order order = OrderOf(row);
+  if (row.kind == LabelKind::kUtf16Open && !HasUtf16Mark(text)) {
     const auto [first, second] = CountZeros(text);
     if (first > second) order = Utf16Order::kBigEndian;
   }
@@ -371,7 +415,8 @@ CodeType LargerSet(CodeType codeType, std::string_view text) {
 // Whether the text is better read as what detection found, though it has some valid characters
 // of the labelled encoding.
 bool IsBetter(CodeType guess, CodeType codeType, long long invalid, std::string_view text) {
-  if (guess == CT_UNICODE || guess == CT_UTF8) return guess != codeType;
+  if (guess == CT_UNICODE) return true;
+  if (guess == CT_UTF8) return guess != codeType && CountInvalid(guess, text, invalid) <= invalid;
   const auto eightBit = std::count_if(text.begin(), text.end(), IsEightBit);
   return guess != codeType && guess != CT_WIN1252 && invalid * 8 > eightBit && IsValid(guess, text);
 }
@@ -400,27 +445,21 @@ MailCharset ResolveEightBit(CodeType codeType, std::string_view text) {
 }  // namespace
 
 CodeType CodeTypeOfMailLabel(std::string_view label, Utf16Order* order) {
-  Utf16Order labelled;
-  const CodeType codeType = CodeTypeOfNormalLabel(NormalLabel(label), labelled);
-  if (order != nullptr) *order = labelled;
-  return codeType;
+  const LabelRow* row = FindLabel(NormalLabel(label));
+  if (row != nullptr && row->kind == LabelKind::kNear) row = nullptr;
+  if (order != nullptr) *order = row == nullptr ? Utf16Order::kLittleEndian : OrderOf(*row);
+  return row == nullptr ? CT_UNKNOWN : row->codeType;
 }
 
 MailCharset ResolveMailCharset(std::string_view label, std::string_view text) {
-  const std::string name = NormalLabel(label);
-  if (name.empty()) return Detect(text, CharsetSource::kNoLabel);
-  Utf16Order order;
-  CodeType codeType = CodeTypeOfNormalLabel(name, order);
-  if (codeType == CT_UNICODE) return ResolveUtf16(name, order, text);
-  const auto near = FindRow(kNearLabels, name);
-  const bool isNear = codeType == CT_UNKNOWN && near != std::end(kNearLabels);
-  if (isNear) codeType = near->codeType;
-  if (codeType == CT_UNKNOWN) return Detect(text, CharsetSource::kUnknownLabel);
-
-  if (FindEightBit(text) == text.npos) return ResolveSevenBit(codeType, text);
-  MailCharset resolved = ResolveEightBit(codeType, text);
-  if (isNear && resolved.source == CharsetSource::kLabel &&
-      text.find_first_of(near->differing) != text.npos) {
+  const NormalLabel name(label);
+  if (name.Text().empty()) return Detect(text, CharsetSource::kNoLabel);
+  const LabelRow* const row = FindLabel(name);
+  if (row == nullptr) return Detect(text, CharsetSource::kUnknownLabel);
+  if (row->codeType == CT_UNICODE) return ResolveUtf16(*row, text);
+  if (FindEightBit(text) == text.npos) return ResolveSevenBit(row->codeType, text);
+  MailCharset resolved = ResolveEightBit(row->codeType, text);
+  if (resolved.source == CharsetSource::kLabel && text.find_first_of(row->differing) != text.npos) {
     resolved.source = CharsetSource::kLabelLenient;
   }
   return resolved;
@@ -428,10 +467,13 @@ MailCharset ResolveMailCharset(std::string_view label, std::string_view text) {
 
 long ConvertMailText(const MailCharset& charset, std::string_view text, CBuffer& out,
                      CConversionReport* report) {
+  if (charset.codeType != CT_UNICODE) {
+    return ConvertToOtherCodeType2(charset.codeType, text, CT_UNICODE, out, 0, report);
+  }
   out.Empty();
   if (text.empty()) return 0;
   ConversionPipeline pipeline =
-      ConversionPipeline::OfCodeTypes(charset.codeType, CT_UNICODE, 0, false, charset.order);
+      ConversionPipeline::OfCodeTypes(CT_UNICODE, CT_UNICODE, 0, false, charset.order);
   pipeline.Convert(text, true, out, report);
   return pipeline.Status();
 }

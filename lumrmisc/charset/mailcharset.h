@@ -37,8 +37,8 @@ struct MailCharset {
 // are in it, so that short text is never guessed at, with these exceptions:
 // - 7-bit text with kanji escape sequences is ISO-2022-JP under any label but one of UTF-16.
 // - 8-bit bytes are never US-ASCII, UTF-7 or ISO-2022-JP.
-// - Text with the form of UTF-8 under the label of a single-byte set is UTF-8: no word of a
-//   language written in such a set looks like that.
+// - Text with the form of UTF-8 (one character of six may be damaged) under the label of a
+//   single-byte set is UTF-8: no word of a language written in such a set looks like that.
 // - Japanese text with kana under a Western label is Japanese.
 // - A label of a set that the library has as a part of a larger one means the larger one where
 //   the text needs it: windows-1252 for ISO-8859-1, code page 949 for EUC-KR. A label of a set

@@ -51,6 +51,11 @@ TEST(CodeTypeOfMailLabel, KnowsTheNamesOfMail) {
     EXPECT_EQ(CodeTypeOfMailLabel(c.label), c.codeType) << c.label;
   }
   EXPECT_EQ(CodeTypeOfMailLabel(std::string(100000, 'x')), CT_UNKNOWN);
+  for (const CodeType codeType : AllCodeTypes()) {
+    for (const char* const name : CharSetNames(codeType)) {
+      EXPECT_EQ(CodeTypeOfMailLabel(name), codeType) << name;
+    }
+  }
 }
 
 TEST(CodeTypeOfMailLabel, TellsTheOrderOfUtf16) {
@@ -151,6 +156,14 @@ TEST(ResolveMailCharset, ChecksTheLabelAgainstTheBytes) {
       {"UTF-8 that was cut", "utf-8", kanaUtf8.substr(0, 8), {CT_UTF8, kLenient}},
       {"unlabelled", "", kanaUtf8.substr(0, 8), {CT_UTF8, kNoLabel}},
       {"a bad byte in UTF-8", "utf-8", kanaUtf8 + "\xFF" + kanaUtf8, {CT_UTF8, kLenient}},
+      {"EUC-JP that was cut, like UTF-8", "euc-jp", "\xC2\xBF\xA4\xAF\xA4", {CT_EUC, kLenient}},
+      {"UTF-8 with a cut character", "", "От: \xF1 " + std::string("Юникод"), {CT_UTF8, kNoLabel}},
+      {"", "koi8-r", kanaUtf8 + "\xFF " + kanaUtf8, {CT_UTF8, kLies}},
+      {"", "shift_jis", "От: \xF1 " + std::string("Юникод"), {CT_UTF8, kLies}},
+      {"Shift_JIS that is UTF-8 but for its first byte",
+       "",
+       Encoded("青空文庫作成", CT_SJIS),
+       {CT_SJIS, kNoLabel}},
       {"UTF-8 under a Western label", "iso-8859-1", "caf\xC3\xA9", {CT_UTF8, kLies}},
       {"UTF-8 under a Cyrillic label", "koi8-r", "caf\xC3\xA9", {CT_UTF8, kLies}},
       {"Japanese under a Western label", "iso-8859-1", kanaSJis, {CT_SJIS, kLies}},
