@@ -1,5 +1,6 @@
 #include "tool/tool_runner.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 
@@ -22,23 +23,28 @@ ToolRunner::~ToolRunner() {
 }
 
 RunResult ToolRunner::Run(std::string_view arguments, std::string_view input) const {
-  Write(".in", input);
+  // Names of its own for each run: a handle that outlives its process, as on Windows some do for
+  // a moment, does not stand in the way of the next one.
+  const std::string number = std::to_string(++runs_);
+  Write(".in" + number, input);
   const bool chosen = arguments.find("--lang") != std::string_view::npos;
   // The command line must not begin with a quotation mark: cmd.exe would take two away.
   return System("cd . && \"" + Program() + "\" " + std::string(arguments) +
-                (chosen ? "" : " --lang en") + " <.in >.out 2>.err");
+                    (chosen ? "" : " --lang en") + " <.in" + number + " >.out" + number +
+                    " 2>.err" + number,
+                number);
 }
 
 RunResult ToolRunner::Shell(std::string line) const {
   const std::string_view mark = "LUMR";
   line.replace(line.find(mark), mark.size(), '"' + Program() + '"');
-  return System(line);
+  return System(line, {});
 }
 
-RunResult ToolRunner::System(const std::string& line) const {
+RunResult ToolRunner::System(const std::string& line, const std::string& number) const {
   const int status = std::system(line.c_str());
   // POSIX keeps the exit status in the high byte.
-  return {status > 255 ? status / 256 : status, Read(".out"), Read(".err")};
+  return {status > 255 ? status / 256 : status, Read(".out" + number), Read(".err" + number)};
 }
 
 void ToolRunner::Write(const std::string& name, std::string_view content) const {
@@ -47,6 +53,16 @@ void ToolRunner::Write(const std::string& name, std::string_view content) const 
 
 std::string ToolRunner::Read(const std::string& name) const {
   return ContentOf(folder_ / PathFromUtf8(name));
+}
+
+std::size_t ToolRunner::FileCount() const {
+  std::vector<CStringW> names;
+  if (ListFolder(folder_.Path(), names)) return 0;
+  return static_cast<std::size_t>(
+      std::count_if(names.begin(), names.end(), [](const CStringW& name) {
+        return name.compare(0, 3, u".in") != 0 && name.compare(0, 4, u".out") != 0 &&
+               name.compare(0, 4, u".err") != 0;
+      }));
 }
 
 std::vector<Json> JsonLines(std::string_view text) {

@@ -33,12 +33,14 @@ class ToolRunner {
 
   void Write(const std::string& name, std::string_view content) const;
   std::string Read(const std::string& name) const;
-  std::size_t FileCount() const { return folder_.Count(); }
+  // How many files there are besides those that hold what went in and came out.
+  std::size_t FileCount() const;
 
  private:
-  RunResult System(const std::string& line) const;
+  RunResult System(const std::string& line, const std::string& number) const;
 
   ScratchFolder folder_;
+  mutable int runs_ = 0;
   std::string before_;
 };
 
