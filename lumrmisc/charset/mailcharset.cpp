@@ -350,10 +350,22 @@ std::array<long long, 2> CountZeros(std::string_view text) {
   return zeros;
 }
 
+// Whether most pairs of bytes are two ASCII letters or spaces. Such pairs are ideographs in
+// UTF-16, where at most one unit in ten looks like that.
+bool IsMostlyAsciiWords(std::string_view text) {
+  const auto isOfWord = [](char byte) { return IsAsciiLetter(byte) || IsAsciiSpace(byte); };
+  std::size_t words = 0;
+  for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
+    words += isOfWord(text[i]) && isOfWord(text[i + 1]);
+  }
+  return words * 4 > text.size();
+}
+
 // Unmarked UTF-16 has zero bytes in its ASCII characters and line breaks, first or second by its
-// order. A few in the other place are ideographs (and the space of U+3000).
+// order. A few in the other place are ideographs (and the space of U+3000). A stray zero byte in
+// a byte text is none.
 bool IsUnmarkedUtf16(std::string_view text, Utf16Order& order) {
-  if (text.size() % 2 != 0 || !HasZero(text)) return false;
+  if (text.size() % 2 != 0 || !HasZero(text) || IsMostlyAsciiWords(text)) return false;
   const auto [first, second] = CountZeros(text);
   order = first > second ? Utf16Order::kBigEndian : Utf16Order::kLittleEndian;
   const long long most = std::max(first, second);

@@ -191,6 +191,7 @@ TEST(ResolveMailCharset, ChecksTheLabelAgainstTheBytes) {
       {"UTF-8 under UTF-16", "utf-16le", kanaUtf8, {CT_UTF8, kLies}},
       {"a mark", "", "\xFF\xFE\x42\x30", {CT_UNICODE, kNoLabel, Utf16Order::kByMark}},
       {"a mark under UTF-8", "utf-8", "\xFF\xFE\x42\x30", {CT_UNICODE, kLies, Utf16Order::kByMark}},
+      {"a stray zero byte", "", "Hello world, here \0 stands"s, {CT_ASCII, kNoLabel}},
       {"unmarked, no label", "", "\0a\0b\x30\x42"s, {CT_UNICODE, kNoLabel, Utf16Order::kBigEndian}},
       {"a stray zero byte",
        "",
