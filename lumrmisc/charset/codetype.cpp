@@ -58,9 +58,21 @@ constexpr auto kCodeTypes = [] {
   return codeTypes;
 }();
 
+// The place in kCharSets of each code type. The conversion of one line asks for two of them.
+constexpr unsigned char kNoRow = 0xFF;
+constexpr auto kPlaces = [] {
+  std::array<unsigned char, std::ranges::max(kCodeTypes) + 1> places{};
+  places.fill(kNoRow);
+  for (std::size_t i = 0; i < std::size(kCharSets); ++i) {
+    places[static_cast<std::size_t>(kCharSets[i].codeType)] = static_cast<unsigned char>(i);
+  }
+  return places;
+}();
+
 const CharSetRow* FindRow(CodeType codeType) {
-  const auto* const row = std::ranges::find(kCharSets, codeType, &CharSetRow::codeType);
-  return row == std::end(kCharSets) ? nullptr : row;
+  const auto number = static_cast<std::size_t>(codeType);
+  if (number >= kPlaces.size() || kPlaces[number] == kNoRow) return nullptr;
+  return &kCharSets[kPlaces[number]];
 }
 
 std::span<const char* const> NamesOf(const CharSetRow& row) {

@@ -29,12 +29,22 @@ long Run(MakePipeline makePipeline, std::string_view text, CBuffer& out, int emp
   return pipeline.Status();
 }
 
+bool IsJapaneseForm(CodeType codeType) {
+  return codeType == CT_JIS || codeType == CT_EUC;
+}
+
 }  // namespace
 
 long ConvertToOtherCodeType2(CodeType from, std::string_view text, CodeType to, CBuffer& out,
                              int emptyFallback, CConversionReport* report) {
   out.Empty();
   if (text.empty()) return 0;
+  long status = 0;
+  if (emptyFallback == 0 && !IsJapaneseForm(from) && !IsJapaneseForm(to) &&
+      ConvertInOneStage(CharSetCode2CodePage(from), CharSetCode2CodePage(to), text, out, report,
+                        status)) {
+    return status;
+  }
   const auto makePipeline = [=](bool dropZero) {
     return ConversionPipeline::OfCodeTypes(from, to, emptyFallback, dropZero);
   };
@@ -55,7 +65,10 @@ long ConvertToOtherCodePage2(unsigned cpFrom, std::string_view text, unsigned cp
     return ConversionPipeline::OfCodePages(cpFrom, cpTo, emptyFallback, dropZero);
   };
   const int length = out.GetLength();
-  const long status = Run(makePipeline, text, out, emptyFallback, report);
+  long status = 0;
+  if (emptyFallback != 0 || !ConvertInOneStage(cpFrom, cpTo, text, out, report, status)) {
+    status = Run(makePipeline, text, out, emptyFallback, report);
+  }
   if (out.GetLength() == length) out.Empty();  // a text of nothing but a byte-order mark
   return status;
 }

@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 
 #include "lumrmisc/buffer/textscan.h"
 #include "lumrmisc/charset/detect_internal.h"
 #include "lumrmisc/charset/transcoder_internal.h"
+#include "lumrmisc/charset/utf8scan_internal.h"
+#include "lumrmisc/charset/wordscan_internal.h"
 #include "lumrmisc/platform/codepage.h"
 #include "lumrmisc/platform/types.h"
 #include "lumrmisc/platform/unicode.h"
@@ -23,24 +24,6 @@ std::string_view Utf16Of(const char16_t* text, int count) {
   return {reinterpret_cast<const char*>(text), static_cast<std::size_t>(count) * 2};
 }
 
-std::uint64_t Load64(const char* p) {
-  std::uint64_t word;
-  std::memcpy(&word, p, sizeof word);
-  return word;
-}
-
-// The first byte of 80 hex or more, or the end.
-const char* SkipAscii(const char* p, const char* end) {
-  constexpr std::uint64_t kHighBits = 0x8080808080808080;
-  while (end - p >= 32 &&
-         ((Load64(p) | Load64(p + 8) | Load64(p + 16) | Load64(p + 24)) & kHighBits) == 0) {
-    p += 32;
-  }
-  while (end - p >= 8 && (Load64(p) & kHighBits) == 0) p += 8;
-  while (p != end && static_cast<signed char>(*p) >= 0) ++p;
-  return p;
-}
-
 bool IsPlainAscii(std::string_view text) {
   constexpr std::size_t kPiece = 1 << 30;  // lengths are int there
   for (; !text.empty(); text.remove_prefix(std::min(kPiece, text.size()))) {
@@ -48,38 +31,6 @@ bool IsPlainAscii(std::string_view text) {
     if (IsNotAsciiText(text.data(), size)) return false;
   }
   return true;
-}
-
-// ---- UTF-8 -------------------------------------------------------------------------------------
-
-// The length of a sequence by its lead byte; 0 for what is none.
-std::ptrdiff_t SequenceLength(unsigned char lead) {
-  if (lead < 0xC0 || lead >= 0xFE) return 0;
-  if (lead < 0xE0) return 2;
-  if (lead < 0xF0) return 3;
-  if (lead < 0xF8) return 4;
-  return lead < 0xFC ? 5 : 6;
-}
-
-bool IsTail(char byte) {
-  return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
-}
-
-// Behind the run of sequences of one length at p, which have the given bits under the mask in
-// step bytes: Japanese text is made of three bytes a character, Cyrillic and Greek of two.
-constexpr std::uint64_t kTripleMask = 0x0000'C0C0'F0C0'C0F0;
-constexpr std::uint64_t kTripleBits = 0x0000'8080'E080'80E0;
-constexpr std::uint64_t kPairMask = 0xC0E0'C0E0'C0E0'C0E0;
-constexpr std::uint64_t kPairBits = 0x80C0'80C0'80C0'80C0;
-
-template <std::uint64_t kMask, std::uint64_t kBits, int kStep>
-const char* SkipSequences(const char* p, const char* end) {
-  while (end - p >= kStep + 8 && (Load64(p) & kMask) == kBits &&
-         (Load64(p + kStep) & kMask) == kBits) {
-    p += 2 * kStep;
-  }
-  while (end - p >= 8 && (Load64(p) & kMask) == kBits) p += kStep;
-  return p;
 }
 
 // ---- The Japanese byte forms -------------------------------------------------------------------
@@ -169,11 +120,21 @@ class JapaneseScan {
 
   Detection Run() {
     const std::size_t range = std::min(text_.size(), kScanRange);
-    while (pos_ < range && !decided_) Step();
+    for (; pos_ < range && !decided_; Step()) {
+      while (range - pos_ >= 8 && IsPlainWord(text_.data() + pos_)) pos_ += 8;
+      if (pos_ == range) break;
+    }
     return found_;
   }
 
  private:
+  // Whether the next eight bytes say nothing.
+  static bool IsPlainWord(const char* text) {
+    using Word = WordOf<unsigned char>;
+    const auto word = LoadValue<std::uint64_t>(text);
+    return ((word & Word::kHighBits) | Word::Mark(word, kEsc)) == 0;
+  }
+
   // Looks at the byte at pos_, and with most lead bytes at the next one, and moves behind.
   void Step() {
     const unsigned char byte = ByteAt(text_, pos_);
@@ -333,18 +294,7 @@ CodeType DetectCodeType(const char* text, int len) {
 }
 
 int IsUTF8(std::string_view text) {
-  const char* p = text.data();
-  const char* const end = p + text.size();
-  bool multiByte = false;
-  while ((p = SkipAscii(p, end)) != end) {
-    const std::ptrdiff_t length = SequenceLength(static_cast<unsigned char>(*p));
-    if (length == 0 || end - p < length || !std::all_of(p + 1, p + length, IsTail)) return 0;
-    multiByte = true;
-    p += length;
-    if (length == 3) p = SkipSequences<kTripleMask, kTripleBits, 6>(p, end);
-    if (length == 2) p = SkipSequences<kPairMask, kPairBits, 8>(p, end);
-  }
-  return multiByte;
+  return HasUtf8Form(text) ? 1 : 0;
 }
 
 int IsUTF8(const char* text, int len) {

@@ -15,7 +15,7 @@ struct EucEncoder {
     const Byte* in = w.in;
     Byte* out = w.out;
     for (;;) {
-      ConvertPairs(kSJisToJis, 0x8080, in, w.end, out);
+      ConvertPairs<sse2::SJisToJis<0x80>>(kSJisToJis, 0x8080, in, w.end, out);
       if (in == w.end) break;
       if (*in < 0x80) {
         CopyPlain<false>(in, w.end, out);
@@ -65,7 +65,7 @@ struct EucDecoder {
     const Byte* in = w.in;
     Byte* out = w.out;
     for (;;) {
-      ConvertPairs(kEucToSJis, 0, in, w.end, out);
+      ConvertPairs<sse2::JisToSJis<0x80>>(kEucToSJis, 0, in, w.end, out);
       if (in == w.end) break;
       if (*in < 0x80) {
         CopyPlain<false>(in, w.end, out);

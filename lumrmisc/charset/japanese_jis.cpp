@@ -32,7 +32,7 @@ struct JisEncoder {
       } else {
         if (w.end - in < 2 || kSJisToJis.Code(in[0], in[1]) >= kNoPair) break;
         Switch(out, mode, kKanji);
-        ConvertPairs(kSJisToJis, 0, in, w.end, out);
+        ConvertPairs<sse2::SJisToJis<0>>(kSJisToJis, 0, in, w.end, out);
       }
     }
     w.in = in;
@@ -109,7 +109,7 @@ struct JisDecoder {
         CopyPlain<true>(in, w.end, out);
       } else {
         const Byte* const begin = in;
-        if (state == kKanji) ConvertPairs(kJisToSJis, 0, in, w.end, out);
+        if (state == kKanji) ConvertPairs<sse2::JisToSJis<0>>(kJisToSJis, 0, in, w.end, out);
         if (in == begin) break;
       }
     }

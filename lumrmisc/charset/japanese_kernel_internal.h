@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "lumrmisc/charset/japanese_pairs.h"
+#include "lumrmisc/charset/japanese_sse2_internal.h"
 #include "lumrmisc/charset/wordscan_internal.h"
 #include "lumrmisc/platform/conversion_report.h"
 
@@ -94,10 +95,22 @@ void CopyPlain(const Byte*& in, const Byte* end, Byte*& out) {
   while (in < end && *in < 0x80 && !(kWithControls && IsControl(*in))) *out++ = *in++;
 }
 
-// Converts the run of well-formed pairs at in; mark is added to each of their bytes.
-template <typename Table>
+// Converts the run of well-formed pairs at in; mark is added to each of their bytes. kEight does
+// the same for eight pairs as the table for one. It stores all of them before it is known how many
+// belong to the run: the output has room for at least as many bytes as input is left.
+template <int (*kEight)(const Byte*, Byte*), typename Table>
 void ConvertPairs(const Table& table, std::uint32_t mark, const Byte*& in, const Byte* end,
                   Byte*& out) {
+  while (kHasSse2 && end - in >= 16) {
+    const int pairs = kEight(in, out);
+    if (pairs != 8) {
+      in += 2 * pairs;
+      out += 2 * pairs;
+      return;
+    }
+    in += 16;
+    out += 16;
+  }
   while (end - in >= 2) {
     const std::uint32_t code = table.Code(in[0], in[1]);
     if (code >= kNoPair) return;

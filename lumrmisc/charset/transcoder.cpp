@@ -23,8 +23,9 @@ constexpr std::size_t kMaxBufferSize = 0x7FFFFFFF - 64;
 constexpr std::size_t kMaxStages = 4;
 constexpr std::size_t kAll = std::numeric_limits<std::size_t>::max();
 
-unsigned SupportedCodePage(unsigned codePage) {
-  return IsCodePageSupported(codePage) ? codePage : kFallbackCodePage;
+unsigned SupportedCodePage(unsigned codePage, bool& fallback) {
+  fallback = !IsCodePageSupported(codePage);
+  return fallback ? kFallbackCodePage : codePage;
 }
 
 // Room for more bytes behind the content, and the end of the content.
@@ -39,9 +40,7 @@ char* GrowBuffer(CBuffer& out, std::size_t more) {
 // ---- Stages ------------------------------------------------------------------------------------
 
 DecodeStage::DecodeStage(unsigned codePage)
-    : decoder_(SupportedCodePage(codePage)),
-      codePage_(codePage),
-      fallback_(!IsCodePageSupported(codePage)) {}
+    : decoder_(SupportedCodePage(codePage, fallback_)), codePage_(codePage) {}
 
 // Gives the new end.
 char* DecodeStage::RemoveMark(char* begin, char* end) {
@@ -74,9 +73,8 @@ char* DecodeStage::Convert(std::string_view in, bool last, char* out, CConversio
 }
 
 EncodeStage::EncodeStage(unsigned codePage, int emptyFallback)
-    : encoder_(SupportedCodePage(codePage), emptyFallback ? "" : "?"),
-      isUnicode_(codePage == kUtf7CodePage || codePage == kUtf8CodePage),
-      fallback_(!IsCodePageSupported(codePage)) {}
+    : encoder_(SupportedCodePage(codePage, fallback_), emptyFallback ? "" : "?"),
+      isUnicode_(codePage == kUtf7CodePage || codePage == kUtf8CodePage) {}
 
 void EncodeStage::ReadHead(std::string_view in, CConversionReport* report) {
   headSize_ += in.copy(head_ + headSize_, sizeof head_ - headSize_);
@@ -245,6 +243,35 @@ std::size_t ConversionPipeline::MaxOutput(std::size_t size) const {
     size = std::visit([size](const auto& held) { return held.MaxOutput(size); }, stage);
   }
   return size;
+}
+
+// ---- One stage alone ---------------------------------------------------------------------------
+
+namespace {
+
+template <typename Stage>
+long RunAlone(Stage& stage, std::string_view text, CBuffer& out, CConversionReport* report) {
+  char* const begin = GrowBuffer(out, stage.MaxOutput(text.size()));
+  const char* const end = stage.Convert(text, true, begin, report);
+  out.ReleaseBuffer(out.GetLength() + static_cast<int>(end - begin));
+  return stage.IsInexact();
+}
+
+}  // namespace
+
+bool ConvertInOneStage(unsigned from, unsigned to, std::string_view text, CBuffer& out,
+                       CConversionReport* report, long& status) {
+  if (from == to || text.size() > kBlockSize) return false;
+  if (to == kUtf16CodePage) {
+    DecodeStage stage(from);
+    status = RunAlone(stage, text, out, report);
+  } else if (from == kUtf16CodePage) {
+    EncodeStage stage(to, 0);
+    status = RunAlone(stage, text, out, report);
+  } else {
+    return false;
+  }
+  return true;
 }
 
 // ---- Running -----------------------------------------------------------------------------------

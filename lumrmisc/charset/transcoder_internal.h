@@ -65,9 +65,9 @@ class DecodeStage {
  private:
   char* RemoveMark(char* begin, char* end);
 
+  bool fallback_;  // the code page is not supported
   CodePageDecoder decoder_;
   unsigned codePage_;
-  bool fallback_;
   bool hasInput_ = false;
   bool atStart_ = true;
   bool markRemoved_ = false;
@@ -88,9 +88,9 @@ class EncodeStage {
  private:
   void ReadHead(std::string_view in, CConversionReport* report);
 
-  CodePageEncoder encoder_;
-  bool isUnicode_;  // the code page has the mark
   bool fallback_;
+  CodePageEncoder encoder_;
+  bool isUnicode_;     // the code page has the mark
   char head_[2] = {};  // the first bytes of the text
   std::size_t headSize_ = 0;
   bool hasMark_ = false;
@@ -221,5 +221,10 @@ class ConversionPipeline {
   std::vector<Room> rooms_;
   Character character_;
 };
+
+// What a pipeline of code pages does, at less cost, for a short text and a single stage; false,
+// and nothing is done, where it takes another one. Encodes with "?" for what has no code.
+bool ConvertInOneStage(unsigned from, unsigned to, std::string_view text, CBuffer& out,
+                       CConversionReport* report, long& status);
 
 }  // namespace lumr

@@ -4,7 +4,9 @@
 #include <cstring>
 
 #include "lumrmisc/platform/codepage_internal.h"
+#include "lumrmisc/platform/cpu.h"
 #include "lumrmisc/platform/mbcs.h"
+#include "lumrmisc/platform/singlebyte_avx2_internal.h"
 #include "lumrmisc/platform/utf7_internal.h"
 #include "lumrmisc/platform/utf8_internal.h"
 
@@ -135,26 +137,31 @@ CoderEnds DecodeCode(const CodePageTable& table, const Byte* in, const Byte* end
   return {in + 2, PutLossy(table, value, in, 2, out, losses)};
 }
 
-CoderEnds DecodeDoubleByte(const CodePageTable& table, const Byte* in, const Byte* end, bool last,
-                           char* out, Losses& losses) {
+// Decodes the strict pairs that in begins with. ASCII has no row, so it ends them too.
+CoderEnds DecodePairs(const CodePageTable& table, const Byte* in, const Byte* end, char* out) {
   const std::uint16_t* const rows = table.rows;
   const std::uint16_t* const cells = table.cells;
   const Byte strictTrail = table.strictTrail;
+  for (; end - in >= 2; in += 2) {
+    const unsigned row = rows[in[0]];
+    const unsigned trail = in[1];
+    if (row == kNoRow || trail < strictTrail) break;
+    const std::uint16_t unit = cells[row + trail - kFirstTrail];
+    if (IsEscape(unit)) break;
+    out = PutUnit(out, unit);
+  }
+  return {in, out};
+}
+
+CoderEnds DecodeDoubleByte(const CodePageTable& table, const Byte* in, const Byte* end, bool last,
+                           char* out, Losses& losses) {
   while (in != end) {
     if (*in < 0x80) {
       WidenAscii(in, end, out);
       continue;
     }
-    const std::uint16_t row = rows[*in];
-    if (row != kNoRow && end - in >= 2 && in[1] >= strictTrail) {
-      const std::uint16_t unit = cells[row + in[1] - kFirstTrail];
-      if (!IsEscape(unit)) {
-        out = PutUnit(out, unit);
-        in += 2;
-        continue;
-      }
-    }
-    const CoderEnds ends = DecodeCode(table, in, end, last, out, losses);
+    CoderEnds ends = DecodePairs(table, in, end, out);
+    if (ends.in == in) ends = DecodeCode(table, in, end, last, out, losses);
     if (ends.in == in) break;
     in = ends.in;
     out = ends.out;
@@ -185,14 +192,22 @@ char* DecodeEight(const CodePageTable& table, const Byte* in, char* out, Losses&
 
 // In most languages ASCII letters and others alternate too often for a branch on each one: only
 // a longer run of ASCII is worth asking for.
+void DecodeBlock(const CodePageTable& table, const Byte*& in, char*& out, Losses& losses) {
+  if (AreAsciiBytes(in, 32)) {
+    out = WidenBytes<32>(in, out);
+  } else {
+    for (int i = 0; i < 32; i += 8) out = DecodeEight(table, in + i, out, losses);
+  }
+  in += 32;
+}
+
 CoderEnds DecodeSingleByte(const CodePageTable& table, const Byte* in, const Byte* end, char* out,
                            Losses& losses) {
-  for (; end - in >= 32; in += 32) {
-    if (AreAsciiBytes(in, 32)) {
-      out = WidenBytes<32>(in, out);
-      continue;
-    }
-    for (int i = 0; i < 32; i += 8) out = DecodeEight(table, in + i, out, losses);
+  constexpr std::ptrdiff_t kWorthPreparing = 256;
+  const bool vectors = Cpu().avx2;
+  while (end - in >= 32) {
+    if (vectors && end - in >= kWorthPreparing) DecodeSinglesAvx2(table.singles, in, end, out);
+    if (end - in >= 32) DecodeBlock(table, in, out, losses);
   }
   return {end, DecodeBytes(table, in, end, out, losses)};
 }
@@ -217,20 +232,35 @@ char* PutUnfit(const CodePageTable& table, std::uint16_t value, std::string_view
   return out;
 }
 
-CoderEnds EncodeDoubleByte(const CodePageTable& table, std::string_view replacement, const Byte* in,
-                           const Byte* end, char* out, Losses& losses) {
+// Encodes the units with an exact pair that in begins with.
+CoderEnds EncodePairs(const CodePageTable& table, const Byte* in, const Byte* end, char* out) {
   const std::uint16_t* const index = table.index;
   const std::uint16_t* const codes = table.codes;
+  for (; end - in >= 2; in += 2) {
+    const char16_t unit = LoadUnit(in);
+    const std::uint16_t value = codes[index[unit / kBlock] + unit % kBlock];
+    if (value < kFirstPair) break;
+    out = PutPair(out, value);
+  }
+  return {in, out};
+}
+
+CoderEnds EncodeDoubleByte(const CodePageTable& table, std::string_view replacement, const Byte* in,
+                           const Byte* end, char* out, Losses& losses) {
   while (end - in >= 2) {
     const char16_t unit = LoadUnit(in);
     if (unit < 0x80) {
       NarrowAscii(in, end, out);
       continue;
     }
-    const std::uint16_t value = codes[index[unit / kBlock] + unit % kBlock];
-    if (value >= kFirstPair) {
-      out = PutPair(out, value);
-    } else if (value != 0 && value < kFitByte) {
+    const CoderEnds ends = EncodePairs(table, in, end, out);
+    if (ends.in != in) {
+      in = ends.in;
+      out = ends.out;
+      continue;
+    }
+    const std::uint16_t value = EncodeValue(table, unit);
+    if (value != 0 && value < kFitByte) {
       *out++ = static_cast<char>(value);
     } else {
       out = PutUnfit(table, value, replacement, in, out, losses);

@@ -89,15 +89,37 @@ char* NarrowUnits(const Byte* in, char* out) {
   return out + kCount;
 }
 
-// Widens the ASCII bytes that in begins with. Mail is full of them, in all encodings.
+// Widens the ASCII bytes that in begins with. Mail is full of them, in all encodings; where there
+// are eight there are often many more. Eight are widened before it is known how many of them are
+// ASCII: out has room for a unit for each byte up to end, and of all branches the one at the end
+// of a run is the dearest.
 inline void WidenAscii(const Byte*& in, const Byte* end, char*& out) {
-  for (; end - in >= 8 && AreAsciiBytes(in, 8); in += 8) out = WidenBytes<8>(in, out);
+  while (end - in >= 8) {
+    const std::uint64_t marks = LoadEightBytes(in) & 0x8080808080808080;
+    WidenBytes<8>(in, out);
+    const int count = std::countr_zero(marks) / 8;
+    in += count;
+    out += 2 * count;
+    if (marks != 0) return;
+    for (; end - in >= 32 && AreAsciiBytes(in, 32); in += 32) out = WidenBytes<32>(in, out);
+  }
   while (in != end && *in < 0x80) out = PutUnit(out, *in++);
 }
 
-// Narrows the ASCII units that the whole units of in begin with.
+// Narrows the ASCII units that the whole units of in begin with, likewise: out has room for a byte
+// for each unit up to end.
 inline void NarrowAscii(const Byte*& in, const Byte* end, char*& out) {
-  for (; end - in >= 16 && AreAsciiUnits(in, 8); in += 16) out = NarrowUnits<8>(in, out);
+  while (end - in >= 16) {
+    constexpr std::uint64_t kNotAscii = 0xFF80FF80FF80FF80;
+    const std::uint64_t first = LoadEightBytes(in) & kNotAscii;
+    const std::uint64_t second = LoadEightBytes(in + 8) & kNotAscii;
+    NarrowUnits<8>(in, out);
+    const int count = first != 0 ? std::countr_zero(first) / 16 : 4 + std::countr_zero(second) / 16;
+    in += 2 * count;
+    out += count;
+    if (count != 8) return;
+    for (; end - in >= 64 && AreAsciiUnits(in, 32); in += 64) out = NarrowUnits<32>(in, out);
+  }
   for (; end - in >= 2 && LoadUnit(in) < 0x80; in += 2) *out++ = static_cast<char>(*in);
 }
 

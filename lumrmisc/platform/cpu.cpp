@@ -13,7 +13,11 @@ CpuFeatures Detect() {
   __builtin_cpu_init();
   features.ssse3 = __builtin_cpu_supports("ssse3");
   features.sse41 = __builtin_cpu_supports("sse4.1");
+  // GCC keeps the stack of Windows programs at 16 bytes and yet spills vectors of 32 bytes as if
+  // it stood at 32: vectors of that size are not for them (GCC bug 54412).
+#if !defined(__MINGW32__) || defined(__clang__)
   features.avx2 = __builtin_cpu_supports("avx2");
+#endif
   features.bmi2 = __builtin_cpu_supports("bmi2");
 #elif defined(__aarch64__)
   features.neon = true;  // part of the base instruction set

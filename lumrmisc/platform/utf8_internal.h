@@ -5,7 +5,12 @@
 // lies above U+10FFFF, and longer forms than needed are malformed.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
+
 #include "lumrmisc/platform/codepage_internal.h"
+#include "lumrmisc/platform/cpu.h"
+#include "lumrmisc/platform/utf8_avx2_internal.h"
 
 namespace lumr {
 
@@ -53,16 +58,35 @@ inline bool IsUtf8Three(const Byte* in, const Byte* end) {
   return top >= 0xE0A0 && (top < 0xEDA0 || top > 0xEDBF);
 }
 
-inline CoderEnds DecodeUtf8(const Byte* in, const Byte* end, bool last, char* out, Losses& losses) {
-  while (in != end) {
+// How far to convert character by character before vectors are tried again: farther each time
+// that they fail, as they do in text of another kind.
+class PlainStretch {
+ public:
+  explicit PlainStretch(bool vectors) : vectors_(vectors) {}
+
+  const Byte* End(const Byte* in, const Byte* end, bool vectorsFailed) {
+    length_ = vectorsFailed ? std::min<std::ptrdiff_t>(2 * length_, 4096) : kLeast;
+    return vectors_ && end - in > length_ ? in + length_ : end;
+  }
+
+ private:
+  static constexpr std::ptrdiff_t kLeast = 32;
+  bool vectors_;
+  std::ptrdiff_t length_ = kLeast;
+};
+
+// Decodes the characters that begin before stop; false when one waits for more text.
+inline bool DecodeUtf8Plain(const Byte*& in, const Byte* stop, const Byte* end, bool last,
+                            char*& out, Losses& losses) {
+  while (in < stop) {
     if (*in < 0x80) {
-      WidenAscii(in, end, out);
+      WidenAscii(in, stop, out);
     } else if (IsUtf8Three(in, end)) {
       out = PutUtf8Sequence(out, in, 3);
       in += 3;
     } else {
       const Utf8Sequence found = ScanUtf8(in, end);
-      if (found.truncated && !last) break;
+      if (found.truncated && !last) return false;
       if (found.complete) {
         out = PutUtf8Sequence(out, in, found.length);
       } else {
@@ -71,6 +95,18 @@ inline CoderEnds DecodeUtf8(const Byte* in, const Byte* end, bool last, char* ou
       }
       in += found.length;
     }
+  }
+  return true;
+}
+
+inline CoderEnds DecodeUtf8(const Byte* in, const Byte* end, bool last, char* out, Losses& losses) {
+  const bool vectors = Cpu().avx2;
+  PlainStretch stretch(vectors);
+  while (in != end) {
+    const Byte* const begin = in;
+    if (vectors) DecodeUtf8Avx2(in, end, out);
+    const Byte* const stop = stretch.End(in, end, in == begin);
+    if (!DecodeUtf8Plain(in, stop, end, last, out, losses)) break;
   }
   return {in, out};
 }
@@ -91,12 +127,15 @@ inline char* PutUtf8Pair(char* out, char16_t high, char16_t low) {
   return out;
 }
 
-// Half of a surrogate pair that stands alone counts as replaced and gives U+FFFD.
-inline CoderEnds EncodeUtf8(const Byte* in, const Byte* end, bool last, char* out, Losses& losses) {
-  while (end - in >= 2) {
+// Encodes the characters that begin before stop; false when one waits for more text. Half of a
+// surrogate pair that stands alone counts as replaced and gives U+FFFD.
+inline bool EncodeUtf8Plain(const Byte*& in, const Byte* stop, const Byte* end, bool last,
+                            char*& out, Losses& losses) {
+  while (in < stop) {
+    if (end - in < 2) return false;
     const char16_t unit = LoadUnit(in);
     if (unit < 0x80) {
-      NarrowAscii(in, end, out);
+      NarrowAscii(in, stop, out);
       continue;
     }
     if (unit < 0x800) {
@@ -105,7 +144,7 @@ inline CoderEnds EncodeUtf8(const Byte* in, const Byte* end, bool last, char* ou
     } else if ((unit & 0xF800) != 0xD800) {
       out = PutUtf8Three(out, unit);
     } else if (IsHighSurrogate(unit) && end - in < 4 && !last) {
-      break;
+      return false;
     } else if (IsHighSurrogate(unit) && end - in >= 4 && IsLowSurrogate(LoadUnit(in + 2))) {
       out = PutUtf8Pair(out, unit, LoadUnit(in + 2));
       in += 2;
@@ -114,6 +153,18 @@ inline CoderEnds EncodeUtf8(const Byte* in, const Byte* end, bool last, char* ou
       out = PutUtf8Three(out, kReplacementCharacter);
     }
     in += 2;
+  }
+  return true;
+}
+
+inline CoderEnds EncodeUtf8(const Byte* in, const Byte* end, bool last, char* out, Losses& losses) {
+  const bool vectors = Cpu().avx2;
+  PlainStretch stretch(vectors);
+  while (in != end) {
+    const Byte* const begin = in;
+    if (vectors) EncodeUtf8Avx2(in, end, out);
+    const Byte* const stop = stretch.End(in, end, in == begin);
+    if (!EncodeUtf8Plain(in, stop, end, last, out, losses)) break;
   }
   return {in, out};
 }

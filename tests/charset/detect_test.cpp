@@ -7,6 +7,7 @@
 
 #include "charset/convert_text.h"
 #include "charset/detect_model.h"
+#include "lumrmisc/platform/cpu_internal.h"
 
 namespace lumr {
 namespace {
@@ -157,6 +158,32 @@ TEST(IsUTF8, AgreesWithTheModelOnDamagedText) {
     std::string text = whole.substr(random() % whole.size(), random() % 80);
     if (round % 3 != 0 && !text.empty()) text[random() % text.size()] = static_cast<char>(random());
     ASSERT_EQ(Utf8(text), IsUtf8ByModel(text)) << Shown(text);
+  }
+}
+
+// Longer texts of sequences of any length, a damaged byte in some: those that are looked at in
+// vectors. Both kernels.
+TEST(IsUTF8, KernelsAgreeWithTheModel) {
+  constexpr std::string_view kPieces[] = {"a",
+                                          "\xE3\x81\x82",
+                                          "\xC3\xA9",
+                                          "abcdefghijklmnopq",
+                                          "\xF0\x9F\x98\x80",
+                                          "\xF8\x88\x80\x80\x80",
+                                          "\xFD\xBF\xBF\xBF\xBF\xBF"};
+  constexpr unsigned kSeed = 9;
+  std::mt19937 random(kSeed);
+  for (int round = 0; round < 10000; ++round) {
+    const std::size_t pieces = 1 + random() % std::size(kPieces);
+    std::string text;
+    for (const std::size_t size = random() % 700; text.size() < size;) {
+      text += kPieces[random() % pieces];
+    }
+    if (round % 2 != 0 && !text.empty()) text[random() % text.size()] = static_cast<char>(random());
+    for (const auto level : {internal::CpuLevel::kPortable, internal::CpuLevel::kAll}) {
+      internal::LimitCpu(level);
+      ASSERT_EQ(Utf8(text), IsUtf8ByModel(text)) << Shown(text);
+    }
   }
 }
 

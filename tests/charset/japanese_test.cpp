@@ -194,6 +194,20 @@ TEST(JapaneseConversions, PiecesGiveTheWhole) {
   }
 }
 
+// Every pair of bytes among eight in a row, which the whole text converts at once.
+TEST(JapaneseConversions, PairsInARowAreThoseAlone) {
+  for (const auto conversion : {kSJisToEuc, kEucToSJis, kSJisToJis, kJisToSJis}) {
+    for (unsigned code = 0; code < 0x10000; code += 5) {
+      std::string text = conversion == kJisToSJis ? "\x1B$B" : "";
+      for (unsigned pair = code; pair < code + 9; ++pair) {
+        text += static_cast<char>(pair >> 8);
+        text += static_cast<char>(pair);
+      }
+      ASSERT_NO_FATAL_FAILURE(ExpectSameInPieces(conversion, text, ~0u));
+    }
+  }
+}
+
 // A slow reader of well-formed text: appends the characters of text to tokens, each with the set
 // that it is of (a: ASCII, k: katakana, j: JIS X 0208). False for any other text.
 bool ReadEightBit(std::string_view text, bool euc, std::string& tokens) {

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <random>
 
+#include "lumrmisc/platform/cpu_internal.h"
 #include "lumrmisc/platform/mbcs.h"
 #include "platform/codepage_testing.h"
 
@@ -288,6 +289,23 @@ TEST(CodePageCoders, PendingTellsWhereCharactersEnd) {
   EXPECT_EQ(utf8.Pending(), 3u);
 }
 
+TEST(CodePageDecoder, SingleByteKernelsAgree) {
+  constexpr unsigned kSeed = 17;
+  std::mt19937 random(kSeed);
+  for (const unsigned codePage : kSingleBytePages) {
+    SCOPED_TRACE(codePage);
+    std::string text;
+    for (int byte = 0; byte < 256; ++byte) text += static_cast<char>(byte);
+    for (int i = 0; i < 2000; ++i) text += static_cast<char>(random());
+    for (int i = 0; i < 2000; ++i)
+      text += static_cast<char>(i % 40 == 0 ? 0x80 + random() % 128 : 'x');
+    internal::LimitCpu(internal::CpuLevel::kPortable);
+    const Converted decoded = Decode(codePage, text);
+    internal::LimitCpu(internal::CpuLevel::kAll);
+    EXPECT_EQ(Decode(codePage, text), decoded);
+  }
+}
+
 TEST(Utf8, CarriesEveryCharacter) {
   std::u16string units;
   for (unsigned c = 0; c < 0x110000; ++c) {
@@ -322,6 +340,53 @@ TEST(Utf8, ReplacesMalformedParts) {
     const Converted got = Decode(65001, c.text);
     EXPECT_EQ(Units(got.bytes), c.units);
     EXPECT_EQ(got.replaced, std::count(c.units.begin(), c.units.end(), u'\uFFFD'));
+  }
+}
+
+// Every piece may meet every other one at any place of a vector.
+std::string RandomUtf8(std::mt19937& random) {
+  constexpr std::string_view kPieces[] = {"a",
+                                          "0123456789abcdef",
+                                          "\xC3\xA9",
+                                          "\xD1\x8F\xD0\x9F",
+                                          "\xE3\x81\x82",
+                                          "\xE6\xBC\xA2",
+                                          "\xE0\xA0\x80",
+                                          "\xED\x9F\xBF",
+                                          "\xEE\x80\x80",
+                                          "\xEF\xBF\xBF",
+                                          "\xC2\x80",
+                                          "\xDF\xBF",
+                                          "\x7F",
+                                          "\xF0\x9F\x98\x80"};
+  // A short alphabet for each text: of some, vectors take all.
+  const std::size_t pieces = 1 + random() % std::size(kPieces);
+  std::string text;
+  for (const std::size_t size = random() % 300; text.size() < size;) {
+    text += kPieces[random() % pieces];
+  }
+  return text;
+}
+
+TEST(Utf8, KernelsAgree) {
+  constexpr unsigned kSeed = 41;
+  std::mt19937 random(kSeed);
+  for (int round = 0; round < 20000; ++round) {
+    std::string text = RandomUtf8(random);
+    if (round % 2 != 0 && !text.empty()) {
+      // Most of all what turns one lead byte into another, or cuts a sequence.
+      constexpr std::string_view kOdd =
+          "\x80\xBF\xC0\xC1\xC2\xE0\xE3\xED\xEF\xF0\xF4\xF5\xFF\x41\x9F\xA0";
+      text[random() % text.size()] = kOdd[random() % kOdd.size()];
+    }
+    internal::LimitCpu(internal::CpuLevel::kPortable);
+    const Converted decoded = Decode(65001, text);
+    std::string units = decoded.bytes;
+    if (round % 3 == 0 && !units.empty()) units[random() % units.size()] = '\xD9';
+    const Converted encoded = Encode(65001, units);
+    internal::LimitCpu(internal::CpuLevel::kAll);
+    ASSERT_EQ(Decode(65001, text), decoded) << Hex(text);
+    ASSERT_EQ(Encode(65001, units), encoded) << Hex(units);
   }
 }
 
