@@ -10,7 +10,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "lumrmisc/charset/japanese_pairs.h"
+#include "lumrmisc/charset/japanese_pairs_internal.h"
 #include "lumrmisc/charset/japanese_sse2_internal.h"
 #include "lumrmisc/charset/wordscan_internal.h"
 #include "lumrmisc/platform/conversion_report.h"

@@ -1,5 +1,5 @@
-// The arithmetic of japanese_pairs.h on eight pairs at once, with the instructions that every
-// x86-64 processor has.
+// The arithmetic of japanese_pairs_internal.h on eight pairs at once, with the instructions that
+// every x86-64 processor has.
 #pragma once
 
 #if defined(__SSE2__)

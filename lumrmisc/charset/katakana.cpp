@@ -5,7 +5,7 @@
 
 #include "lumrmisc/charset/japanese.h"
 #include "lumrmisc/charset/japanese_internal.h"
-#include "lumrmisc/charset/japanese_pairs.h"
+#include "lumrmisc/charset/japanese_pairs_internal.h"
 #include "lumrmisc/platform/mbcs.h"
 
 namespace lumr {
