@@ -150,11 +150,11 @@ TEST_F(Users, AreOnlyKeysInTheWrittenForm) {
   EXPECT_EQ(list.GetUserAt(0)->GetUserID(), 5);
   ASSERT_EQ(list.SaveUserList(), 1);
   EXPECT_EQ(Stored(u"LumrUser.ini"),
-            u"\xfeff[DATA-START]\r\n\r\n[uid5]\r\nUserDir=/b" + CStringW(1, PathSeparator()) +
-                u"\r\nUserName=\r\nReqPass=0\r\nPassword=\r\nRestore=0\r\n\r\n[View]\r\nA=1\r\n\r\n"
-                u"[UID03]\r\nUserDir=/a/\r\n\r\n[User1]\r\nUserDir=/c/\r\n\r\n"
-                u"[UID99999999999]\r\nUserDir=/e/\r\n\r\n[UID-1]\r\nUserDir=/f/\r\n\r\n"
-                u"[DATA-END]\r\n\r\n");
+            u"\xfeff[DATA-START]\r\n\r\n[uid5]\r\nUserDir=/b/"
+            u"\r\nUserName=\r\nReqPass=0\r\nPassword=\r\nRestore=0\r\n\r\n[View]\r\nA=1\r\n\r\n"
+            u"[UID03]\r\nUserDir=/a/\r\n\r\n[User1]\r\nUserDir=/c/\r\n\r\n"
+            u"[UID99999999999]\r\nUserDir=/e/\r\n\r\n[UID-1]\r\nUserDir=/f/\r\n\r\n"
+            u"[DATA-END]\r\n\r\n");
 }
 
 // Nothing that this version cannot read is written over unless something new is set.
