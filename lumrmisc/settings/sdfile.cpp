@@ -146,6 +146,7 @@ void CSettingData::InitSD() {
   keys_.Clear();
   loaded_ = 0;
   modified_ = 0;
+  recovered_ = 0;
   loadFailure_ = LoadFailure::kNone;
   errorMessage_.clear();
   reading_ = {};
@@ -267,7 +268,7 @@ int CSettingData::LoadReserve(const CStringW& folder, const CStringW& name) {
   InitSD();
   keys_ = std::move(reserve.keys_);
   reading_ = std::move(reserve.reading_);
-  loaded_ = modified_ = 1;
+  loaded_ = modified_ = recovered_ = 1;
   // Should that fail, the settings count as changed still, and the reserve copy stays.
   SaveFile(folder.c_str(), name.c_str());
   errorMessage_.clear();

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <new>
+#include <utility>
 
-#include "lumrmisc/crypto/secret_internal.h"
+#include "lumrmisc/settings/sdescape_internal.h"
 
 namespace lumr {
 namespace {
@@ -17,54 +19,43 @@ constexpr char16_t kByteOrderMark = 0xfeff;
 constexpr std::size_t kRepairsKept = 100;
 constexpr std::size_t kUnitsQuoted = 1000;
 
-// ---- Escapes
-
-struct EscapeRow {
-  char16_t character;
-  char16_t letter;  // what stands behind the backslash
-  bool entryNameOnly;
-};
-constexpr EscapeRow kEscapes[] = {
-    {u'\\', u'\\', false}, {u'\r', u'r', false}, {u'\n', u'n', false},
-    {u'=', u'=', true},    {u'[', u'[', true},
-};
-
-enum class Field { kKeyNameOrValue, kEntryName };
-
-// The row whose member is unit; null when there is none for the field.
-template <char16_t EscapeRow::*kMember>
-const EscapeRow* FindEscape(char16_t unit, Field field) {
-  for (const EscapeRow& row : kEscapes) {
-    if (row.*kMember == unit && (field == Field::kEntryName || !row.entryNameOnly)) return &row;
-  }
-  return nullptr;
-}
-
-bool MayNeedEscape(char16_t unit) {
-  return unit <= u'\\' &&
-         (unit == u'\\' || unit == u'\r' || unit == u'\n' || unit == u'=' || unit == u'[');
-}
-
-// Undoes the escapes of a text. What has none is given as it is; anything else is put together
-// in room, which has space for the text.
-std::u16string_view Unescaped(std::u16string_view text, Field field, CStringW& room) {
-  constexpr std::size_t kNone = std::u16string_view::npos;
-  std::size_t backslash = text.find(u'\\');
-  if (backslash == kNone) return text;
-  room.clear();
-  std::size_t at = 0;
-  while (backslash != kNone && backslash + 1 < text.size()) {
-    room.append(text, at, backslash - at);
-    const EscapeRow* const row = FindEscape<&EscapeRow::letter>(text[backslash + 1], field);
-    if (row == nullptr) room += u'\\';  // a pair that means nothing stays as it stands
-    room += row == nullptr ? text[backslash + 1] : row->character;
-    at = backslash + 2;
-    backslash = text.find(u'\\', at);
-  }
-  return room.append(text, at);
-}
-
 // ---- Reading
+
+constexpr std::size_t kNone = std::u16string_view::npos;
+
+// A line and what was seen on the way to its end.
+struct Line {
+  std::u16string_view text;
+  std::size_t size;  // with the line end
+  bool hasBackslash;
+  bool hasZero;
+};
+
+// Takes the first line of a text. Four units at a time are looked at for what ends one.
+Line FirstLine(std::u16string_view text) {
+  constexpr std::uint64_t kEveryUnit = 0x0001000100010001;
+  constexpr std::uint64_t kTops = 0x8000 * kEveryUnit;
+  // Whether any of the four units is below a limit, which is at most 8000 hex.
+  const auto anyBelow = [](std::uint64_t units, std::uint64_t limit) {
+    return ((units - limit * kEveryUnit) & ~units & kTops) != 0;
+  };
+  Line line = {text, text.size(), false, false};
+  std::size_t end = 0;
+  for (; end + 4 <= text.size(); end += 4) {
+    std::uint64_t units;
+    std::memcpy(&units, text.data() + end, sizeof units);
+    if (anyBelow(units, u'\r' + 1)) break;
+    line.hasBackslash |= anyBelow(units ^ u'\\' * kEveryUnit, 1);
+  }
+  for (; end < text.size() && text[end] != u'\r' && text[end] != u'\n'; ++end) {
+    line.hasZero |= text[end] == u'\0';
+    line.hasBackslash |= text[end] == u'\\';
+  }
+  line.text = text.substr(0, end);
+  const bool pair = text.substr(end, 2) == kLineEnd;
+  line.size = std::min(text.size(), end + (pair ? 2 : 1));
+  return line;
+}
 
 // Where a line's name ends: the first "=" that no backslash escapes.
 std::size_t FindEquals(std::u16string_view line) {
@@ -72,20 +63,25 @@ std::size_t FindEquals(std::u16string_view line) {
     if (line[i] == u'=') return i;
     if (line[i] == u'\\') ++i;
   }
-  return std::u16string_view::npos;
+  return kNone;
 }
 
+// Reads a text where it stands: escapes are undone in their places, and the entries are views of
+// it.
 class Reader {
  public:
-  Reader(SdKeyList& keys, const SdDefectSink& sink) : keys_(keys), sink_(sink) {}
-  ~Reader() {
-    WipeText(name_);
-    WipeText(value_);
-  }
+  Reader(SdKeyList& keys, std::shared_ptr<SdTextBlock> block, const SdDefectSink& sink)
+      : keys_(keys), block_(std::move(block)), sink_(sink) {}
 
-  SdTextReading Read(std::u16string_view text) {
+  SdTextReading Read() {
+    std::u16string_view text(block_->units.get(), block_->size);
     if (!text.empty() && text.front() == kByteOrderMark) text.remove_prefix(1);
-    while (!text.empty() && !stopped_) TakeLine(text);
+    while (!text.empty() && !stopped_) {
+      const Line line = FirstLine(text);
+      text.remove_prefix(line.size);
+      ++lineNumber_;
+      if (!line.text.empty()) ReadLine(line);
+    }
     if (!stopped_ && started_ != ended_) {
       key_ = nullptr;
       lineNumber_ = 0;
@@ -95,71 +91,65 @@ class Reader {
   }
 
  private:
-  void TakeLine(std::u16string_view& text) {
-    ++lineNumber_;
-    std::size_t end = 0;
-    bool hasZero = false;
-    for (; end < text.size() && text[end] != u'\r' && text[end] != u'\n'; ++end) {
-      hasZero |= text[end] == u'\0';
-    }
-    const std::u16string_view line = text.substr(0, end);
-    const bool pair = text.substr(end, 2) == kLineEnd;
-    text.remove_prefix(std::min(text.size(), end + (pair ? 2 : 1)));
-    if (line.empty()) return;
-    if (hasZero) {
-      Note(SdDefectKind::kZeroUnit, line);
-    } else if (line.front() == u'[') {
+  void ReadLine(const Line& line) {
+    if (line.hasZero) {
+      Note(SdDefectKind::kZeroUnit, line.text);
+    } else if (line.text.front() == u'[') {
       ReadKeyLine(line);
     } else {
       ReadEntryLine(line);
     }
   }
 
-  void ReadKeyLine(std::u16string_view line) {
+  void ReadKeyLine(const Line& line) {
     key_ = nullptr;
-    if (line.size() < 2 || line.back() != u']') {
-      Note(SdDefectKind::kBadKeyLine, line);
-      lost_ = std::make_unique<CSettingDataKey>(SdName(u""));
+    if (line.text.size() < 2 || line.text.back() != u']') {
+      Note(SdDefectKind::kBadKeyLine, line.text);
+      lost_ = std::make_unique<CSettingDataKey>(SdName(u""), block_);
       key_ = lost_.get();
       return;
     }
-    const std::u16string_view inner = line.substr(1, line.size() - 2);
+    std::u16string_view inner = line.text.substr(1, line.text.size() - 2);
     const bool start = EqualSdNames(inner, kStartMark);
     if (start || EqualSdNames(inner, kEndMark)) {
       (start ? started_ : ended_) = true;
       return;
     }
-    const SdName name(Unescaped(inner, Field::kKeyNameOrValue, RoomFor(inner, name_)));
+    if (line.hasBackslash) inner = Unescaped(inner, SdField::kKeyNameOrValue, Place(inner));
+    const SdName name(inner);
     key_ = keys_.Find(name);
-    if (key_ != nullptr) return Note(SdDefectKind::kKeyTwice, name.Text());
-    key_ = keys_.Append(std::make_unique<CSettingDataKey>(name));
+    if (key_ != nullptr) return Note(SdDefectKind::kKeyTwice, inner);
+    key_ = keys_.Append(CSettingDataKey(name, block_));
   }
 
-  void ReadEntryLine(std::u16string_view line) {
-    if (key_ == nullptr) return Note(SdDefectKind::kNoKey, line);
-    const std::size_t equals = FindEquals(line);
-    if (equals == 0 || equals == std::u16string_view::npos) {
-      return Note(SdDefectKind::kBadEntry, line);
+  void ReadEntryLine(const Line& line) {
+    if (key_ == nullptr) return Note(SdDefectKind::kNoKey, line.text);
+    const std::size_t equals = FindEquals(line.text);
+    if (equals == 0 || equals == kNone) return Note(SdDefectKind::kBadEntry, line.text);
+    std::u16string_view name = line.text.substr(0, equals);
+    std::u16string_view value = line.text.substr(equals + 1);
+    if (line.hasBackslash) {
+      name = Unescaped(name, SdField::kEntryName, Place(name));
+      char16_t* const behind = Place(name) + name.size();
+      *behind = u'=';
+      value = Unescaped(value, SdField::kKeyNameOrValue, behind + 1);
     }
-    const auto escapedName = line.substr(0, equals);
-    const auto escapedValue = line.substr(equals + 1);
-    const SdName name(Unescaped(escapedName, Field::kEntryName, RoomFor(escapedName, name_)));
-    const auto value =
-        Unescaped(escapedValue, Field::kKeyNameOrValue, RoomFor(escapedValue, value_));
-    if (CSettingDataPair* const pair = key_->Pairs().Find(name)) {
+    const SdName sdName(name);
+    if (CSettingDataPair* const pair = key_->Pairs().Find(sdName)) {
       pair->ReplaceValue(value);
-      return Note(SdDefectKind::kNameTwice, name.Text());
+      return Note(SdDefectKind::kNameTwice, name);
     }
-    key_->Pairs().Append(std::make_unique<CSettingDataPair>(name, value));
+    const bool asWritten = !line.hasBackslash && name.find(u'[') == kNone;
+    key_->AppendFromBlock(sdName, name.data(), value.size(), asWritten);
   }
 
-  // Growing in the middle of a text would leave a copy of it behind.
-  static CStringW& RoomFor(std::u16string_view text, CStringW& room) {
-    if (room.capacity() < text.size()) {
-      WipeText(room);
-      room.reserve(std::max(text.size(), room.capacity() * 2));
-    }
-    return room;
+  // Where a part of the block can be written to.
+  char16_t* Place(std::u16string_view part) const {
+    return block_->units.get() + (part.data() - block_->units.get());
+  }
+
+  static std::u16string_view Unescaped(std::u16string_view text, SdField field, char16_t* out) {
+    return {out, static_cast<std::size_t>(UnescapeSdText(text, field, out) - out)};
   }
 
   void Note(SdDefectKind kind, std::u16string_view text) {
@@ -177,6 +167,7 @@ class Reader {
   }
 
   SdKeyList& keys_;
+  const std::shared_ptr<SdTextBlock> block_;
   const SdDefectSink& sink_;
   CSettingDataKey* key_ = nullptr;
   std::unique_ptr<CSettingDataKey> lost_;  // the key of a line that cannot be read
@@ -184,15 +175,28 @@ class Reader {
   bool ended_ = false;
   bool stopped_ = false;
   int lineNumber_ = 0;
-  CStringW name_;
-  CStringW value_;
   SdTextReading reading_;
 };
 
 // ---- Writing
 
-// Calls begin and end of the whole text's pieces in order, so that measuring and writing go the
-// same way.
+// These call a sink with the pieces of the text in order, so that measuring and writing go the same
+// way.
+template <typename Sink>
+void WriteKeyLine(std::u16string_view name, Sink& sink) {
+  sink.Plain(u"[");
+  sink.Escaped(name, SdField::kKeyNameOrValue);
+  sink.Plain(u"]");
+}
+
+template <typename Sink>
+void WriteEntryLine(const CSettingDataPair& pair, Sink& sink) {
+  if (pair.IsLineAsWritten()) return sink.Plain(pair.Line());
+  sink.Escaped(pair.Name(), SdField::kEntryName);
+  sink.Plain(u"=");
+  sink.Escaped(pair.GetValue(), SdField::kKeyNameOrValue);
+}
+
 template <typename Sink>
 void WritePieces(const SdKeyList& keys, Sink& sink) {
   const auto mark = [&sink](std::u16string_view name) {
@@ -204,14 +208,10 @@ void WritePieces(const SdKeyList& keys, Sink& sink) {
   mark(kStartMark);
   for (int k = 0; k < keys.Count(); ++k) {
     const CSettingDataKey& key = *keys.At(k);
-    sink.Plain(u"[");
-    sink.Escaped(key.Name(), Field::kKeyNameOrValue);
-    sink.Plain(u"]\r\n");
+    WriteKeyLine(key.Name(), sink);
+    sink.Plain(kLineEnd);
     for (int p = 0; p < key.GetPairList().Count(); ++p) {
-      const CSettingDataPair& pair = *key.GetPairList().At(p);
-      sink.Escaped(pair.Name(), Field::kEntryName);
-      sink.Plain(u"=");
-      sink.Escaped(pair.GetValue(), Field::kKeyNameOrValue);
+      WriteEntryLine(*key.GetPairList().At(p), sink);
       sink.Plain(kLineEnd);
     }
     sink.Plain(kLineEnd);
@@ -219,31 +219,27 @@ void WritePieces(const SdKeyList& keys, Sink& sink) {
   mark(kEndMark);
 }
 
-// Both sinks see a text as runs without escapes and single escaped units.
-template <typename Run, typename Pair>
-void SplitEscapes(std::u16string_view text, Field field, Run run, Pair pair) {
-  std::size_t begin = 0;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (!MayNeedEscape(text[i])) continue;
-    const EscapeRow* const row = FindEscape<&EscapeRow::character>(text[i], field);
-    if (row == nullptr) continue;
-    run(text.substr(begin, i - begin));
-    pair(row->letter);
-    begin = i + 1;
-  }
-  run(text.substr(begin));
-}
-
 struct Measure {
   std::size_t units = 0;
 
   void Plain(std::u16string_view text) { units += text.size(); }
-  void Escaped(std::u16string_view text, Field field) {
-    SplitEscapes(
+  void Escaped(std::u16string_view text, SdField field) {
+    SplitSdEscapes(
         text, field, [this](std::u16string_view run) { units += run.size(); },
         [this](char16_t) { units += 2; });
   }
 };
+
+// What two sinks write alike, by their Plain.
+template <typename Sink>
+void WriteEscaped(std::u16string_view text, SdField field, Sink& sink) {
+  SplitSdEscapes(
+      text, field, [&sink](std::u16string_view run) { sink.Plain(run); },
+      [&sink](char16_t letter) {
+        const char16_t pair[] = {u'\\', letter};
+        sink.Plain({pair, 2});
+      });
+}
 
 struct Writer {
   char* out;
@@ -252,14 +248,14 @@ struct Writer {
     std::memcpy(out, text.data(), text.size() * sizeof(char16_t));
     out += text.size() * sizeof(char16_t);
   }
-  void Escaped(std::u16string_view text, Field field) {
-    SplitEscapes(
-        text, field, [this](std::u16string_view run) { Plain(run); },
-        [this](char16_t letter) {
-          const char16_t pair[] = {u'\\', letter};
-          Plain({pair, 2});
-        });
-  }
+  void Escaped(std::u16string_view text, SdField field) { WriteEscaped(text, field, *this); }
+};
+
+struct Appender {
+  CStringW text;
+
+  void Plain(std::u16string_view piece) { text += piece; }
+  void Escaped(std::u16string_view piece, SdField field) { WriteEscaped(piece, field, *this); }
 };
 
 bool HasZero(std::u16string_view text) {
@@ -291,16 +287,7 @@ CStringW QuotedBy(const SdDefect& defect) {
 }
 
 SdTextReading ReadSdText(std::string_view utf16Bytes, SdKeyList& keys, const SdDefectSink& sink) {
-  const std::size_t units = utf16Bytes.size() / 2;
-  // The text of a file begins at an even address; one from elsewhere may not.
-  if (reinterpret_cast<std::uintptr_t>(utf16Bytes.data()) % alignof(char16_t) == 0) {
-    return Reader(keys, sink).Read({reinterpret_cast<const char16_t*>(utf16Bytes.data()), units});
-  }
-  CStringW aligned(units, u'\0');
-  std::memcpy(aligned.data(), utf16Bytes.data(), units * 2);
-  SdTextReading reading = Reader(keys, sink).Read(aligned);
-  WipeText(aligned);
-  return reading;
+  return Reader(keys, std::make_shared<SdTextBlock>(utf16Bytes), sink).Read();
 }
 
 void WriteSdText(const SdKeyList& keys, CBuffer& out) {
@@ -312,6 +299,18 @@ void WriteSdText(const SdKeyList& keys, CBuffer& out) {
   Writer writer{out.GetBuffer(bytes)};
   WritePieces(keys, writer);
   out.ReleaseBuffer(bytes);
+}
+
+CStringW SdKeyLine(std::u16string_view name) {
+  Appender line;
+  WriteKeyLine(name, line);
+  return std::move(line.text);
+}
+
+CStringW SdEntryLine(const CSettingDataPair& pair) {
+  Appender line;
+  WriteEntryLine(pair, line);
+  return std::move(line.text);
 }
 
 bool IsSdKeyName(std::u16string_view name) {

@@ -62,6 +62,10 @@ SdTextReading ReadSdText(std::string_view utf16Bytes, SdKeyList& keys,
 // Writes keys as text, byte-order mark first, in place of what out holds.
 void WriteSdText(const SdKeyList& keys, CBuffer& out);
 
+// The line of a key and of an entry, without its end.
+CStringW SdKeyLine(std::u16string_view name);
+CStringW SdEntryLine(const CSettingDataPair& pair);
+
 // Whether a name can stand for a key, or an entry: a key named like one of the two marks, an entry
 // without a name, and a zero unit would make a file that does not read back.
 bool IsSdKeyName(std::u16string_view name);

@@ -1,10 +1,13 @@
 #include "lumrmisc/settings/sdkey.h"
 
+#include <cstring>
+#include <new>
 #include <utility>
 
 #include "lumrmisc/charset/convert.h"
 #include "lumrmisc/crypto/secret_internal.h"
 #include "lumrmisc/platform/mbcs.h"
+#include "lumrmisc/settings/sdescape_internal.h"
 
 namespace lumr {
 
@@ -22,14 +25,58 @@ CStringW WidenSdText(std::string_view text) {
   return CStringW(wide.Units());
 }
 
-CSettingDataPair::CSettingDataPair(const SdName& name, std::u16string_view value)
-    : nameLength_(name.Text().size()), hash_(name.Hash()) {
-  text_.reserve(nameLength_ + value.size());
-  text_.append(name.Text()).append(value);
+SdTextBlock::SdTextBlock(std::string_view utf16Bytes)
+    : units(new char16_t[utf16Bytes.size() / 2 + 1]), size(utf16Bytes.size() / 2) {
+  if (size > 0) std::memcpy(units.get(), utf16Bytes.data(), size * 2);
 }
 
-CSettingDataPair::~CSettingDataPair() {
-  WipeText(text_);
+SdTextBlock::~SdTextBlock() {
+  Wipe(units.get(), size * sizeof units[0]);
+}
+
+// ---- Entries
+
+CSettingDataPair::CSettingDataPair(const SdName& name, std::u16string_view value) {
+  MakeText(name.Text(), value, name.Hash());
+}
+
+CSettingDataPair::CSettingDataPair(const CSettingDataPair& other) {
+  MakeText(other.Name(), other.GetValue(), other.NameHash());
+}
+
+CSettingDataPair::CSettingDataPair(CSettingDataPair&& other) noexcept
+    : text_(std::exchange(other.text_, Text())) {}
+
+CSettingDataPair& CSettingDataPair::operator=(CSettingDataPair&& other) noexcept {
+  std::swap(text_, other.text_);
+  return *this;
+}
+
+// name and value may be parts of the text there is.
+void CSettingDataPair::MakeText(std::u16string_view name, std::u16string_view value,
+                                std::uint32_t hash) {
+  if (name.size() + value.size() > INT32_MAX / 2) throw std::bad_alloc();
+  auto* const start = new char16_t[name.size() + 1 + value.size()];
+  name.copy(start, name.size());
+  start[name.size()] = u'=';
+  value.copy(start + name.size() + 1, value.size());
+  const bool asWritten =
+      !NeedsSdEscape(name, SdField::kEntryName) && !NeedsSdEscape(value, SdField::kKeyNameOrValue);
+  const Text made = {start,
+                     static_cast<std::uint32_t>(name.size()),
+                     static_cast<std::uint32_t>(value.size()),
+                     hash,
+                     asWritten,
+                     true};
+  ReleaseText();
+  text_ = made;
+}
+
+void CSettingDataPair::ReleaseText() noexcept {
+  if (!text_.isOwn) return;
+  Wipe(const_cast<char16_t*>(text_.start), Line().size() * sizeof *text_.start);
+  delete[] text_.start;
+  text_ = Text();
 }
 
 CStringA CSettingDataPair::GetName() const {
@@ -37,19 +84,19 @@ CStringA CSettingDataPair::GetName() const {
 }
 
 void CSettingDataPair::ReplaceValue(std::u16string_view value) {
-  CStringW text;
-  text.reserve(nameLength_ + value.size());
-  text.append(Name()).append(value);
-  text_.swap(text);
-  WipeText(text);
+  MakeText(Name(), value, NameHash());
 }
 
-CSettingDataKey::CSettingDataKey(const SdName& name) : name_(name.Text()), hash_(name.Hash()) {}
+// ---- Keys
+
+CSettingDataKey::CSettingDataKey(const SdName& name, std::shared_ptr<SdTextBlock> block)
+    : block_(std::move(block)), name_(name.Text()), hash_(name.Hash()) {}
 
 CSettingDataKey::CSettingDataKey(const CSettingDataKey& other)
-    : name_(other.name_), hash_(other.hash_) {
+    : block_(other.block_), name_(other.name_), hash_(other.hash_) {
   for (int i = 0; i < other.pairs_.Count(); ++i) {
-    pairs_.Append(std::make_unique<CSettingDataPair>(*other.pairs_.At(i)));
+    const CSettingDataPair& pair = *other.pairs_.At(i);
+    pairs_.Append(pair.text_.isOwn ? CSettingDataPair(pair) : CSettingDataPair(pair.text_));
   }
 }
 
@@ -65,12 +112,19 @@ void CSettingDataKey::ReplaceName(CStringW&& name) noexcept {
 bool CSettingDataKey::SetValue(const SdName& name, std::u16string_view value) {
   CSettingDataPair* const pair = pairs_.Find(name);
   if (pair == nullptr) {
-    pairs_.Append(std::make_unique<CSettingDataPair>(name, value));
+    pairs_.Append(CSettingDataPair(name, value));
     return true;
   }
   if (pair->GetValue() == value) return false;
   pair->ReplaceValue(value);
   return true;
+}
+
+void CSettingDataKey::AppendFromBlock(const SdName& name, const char16_t* text,
+                                      std::size_t valueLength, bool asWritten) {
+  pairs_.Append(CSettingDataPair(
+      CSettingDataPair::Text{text, static_cast<std::uint32_t>(name.Text().size()),
+                             static_cast<std::uint32_t>(valueLength), name.Hash(), asWritten}));
 }
 
 }  // namespace lumr

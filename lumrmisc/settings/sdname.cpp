@@ -1,5 +1,8 @@
 #include "lumrmisc/settings/sdname.h"
 
+#include <algorithm>
+#include <cstring>
+
 #include "lumrmisc/charset/convert.h"
 #include "lumrmisc/platform/codepage.h"
 #include "lumrmisc/platform/mbcs.h"
@@ -9,21 +12,76 @@
 namespace lumr {
 namespace {
 
+constexpr std::uint64_t kEveryUnit = 0x0001000100010001;
+constexpr std::size_t kUnitsAtOnce = 4;
+
 char16_t Fold(char16_t unit) {
   if (unit >= 0x80) return UnitToLower(unit);
   return unit >= 'A' && unit <= 'Z' ? static_cast<char16_t>(unit + 32) : unit;
 }
 
+bool IsAscii(std::string_view text) {
+  unsigned char all = 0;
+  for (const char c : text) all |= static_cast<unsigned char>(c);
+  return all < 0x80;
+}
+
+std::uint64_t LoadUnits(const char16_t* units) {
+  std::uint64_t packed;
+  std::memcpy(&packed, units, sizeof packed);
+  return packed;
+}
+
+// Four units in lower case.
+std::uint64_t Folded(std::uint64_t packed) {
+  if ((packed & (0xff80 * kEveryUnit)) == 0) {
+    // In each of them bit 7 tells whether the addition went past "A" - 1, and past "Z".
+    const std::uint64_t fromA = packed + (0x80 - 'A') * kEveryUnit;
+    const std::uint64_t pastZ = packed + (0x80 - 'Z' - 1) * kEveryUnit;
+    return packed | ((fromA & ~pastZ & (0x80 * kEveryUnit)) >> 2);
+  }
+  std::uint64_t folded = 0;
+  for (unsigned shift = 0; shift < 64; shift += 16) {
+    folded |= static_cast<std::uint64_t>(Fold(static_cast<char16_t>(packed >> shift))) << shift;
+  }
+  return folded;
+}
+
+// Calls take(offset) for every four units of a text of four or more, the last four of which may be
+// looked at twice. Stops when that gives false.
+template <typename Take>
+bool ForEachFour(std::size_t size, Take take) {
+  std::size_t i = 0;
+  for (; i + kUnitsAtOnce <= size; i += kUnitsAtOnce) {
+    if (!take(i)) return false;
+  }
+  return i == size || take(size - kUnitsAtOnce);
+}
+
+bool AreWrittenAlike(std::u16string_view a, std::u16string_view b) {
+  if (a.size() < kUnitsAtOnce) return a == b;
+  return ForEachFour(
+      a.size(), [&](std::size_t i) { return LoadUnits(a.data() + i) == LoadUnits(b.data() + i); });
+}
+
 }  // namespace
 
 std::uint32_t SdName::HashOf(std::u16string_view name) {
-  static const auto seed = static_cast<std::uint32_t>(RandomSeed());
-  std::uint32_t hash = seed;
-  for (const char16_t unit : name) {
-    hash = (hash ^ Fold(unit)) * 0x01000193u;
-    hash ^= hash >> 15;
+  static const auto seed = static_cast<std::uint64_t>(RandomSeed()) << 32;
+  std::uint64_t hash = seed + name.size();
+  const auto add = [&hash](std::uint64_t units) {
+    hash = (hash ^ Folded(units)) * 0x9e3779b97f4a7c15;
+    hash ^= hash >> 32;
+    return true;
+  };
+  if (name.size() >= kUnitsAtOnce) {
+    ForEachFour(name.size(), [&](std::size_t i) { return add(LoadUnits(name.data() + i)); });
+  } else {
+    std::uint64_t packed = 0;
+    for (const char16_t unit : name) packed = packed << 16 | unit;
+    add(packed);
   }
-  return hash;
+  return static_cast<std::uint32_t>(hash);
 }
 
 SdName::SdName(std::u16string_view name) : text_(name), hash_(HashOf(name)) {}
@@ -37,14 +95,9 @@ SdName::SdName(const CStringA& name) {
 }
 
 void SdName::SetNarrow(std::string_view name) {
-  std::size_t ascii = 0;
-  if (name.size() <= std::size(short_)) {
-    for (; ascii < name.size() && static_cast<unsigned char>(name[ascii]) < 0x80; ++ascii) {
-      short_[ascii] = static_cast<char16_t>(name[ascii]);
-    }
-  }
-  if (ascii == name.size()) {
-    text_ = {short_, ascii};
+  if (name.size() <= std::size(short_) && IsAscii(name)) {
+    for (std::size_t i = 0; i < name.size(); ++i) short_[i] = static_cast<char16_t>(name[i]);
+    text_ = {short_, name.size()};
   } else {
     CBuffer utf16;
     ConvertToOtherCodePage2(AnsiCodePage(), name, 1200, utf16);
@@ -55,7 +108,8 @@ void SdName::SetNarrow(std::string_view name) {
 }
 
 bool EqualSdNames(std::u16string_view a, std::u16string_view b) {
-  return a.size() == b.size() && CompareUnitsNoCase(a, b) == 0;
+  if (a.size() != b.size()) return false;
+  return AreWrittenAlike(a, b) || CompareUnitsNoCase(a, b) == 0;
 }
 
 bool SdNameBeginsWith(std::u16string_view name, std::u16string_view prefix) {

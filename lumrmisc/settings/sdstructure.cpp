@@ -89,7 +89,7 @@ int CSettingData::RenameKeyBegin(const SdName& oldPrefix, const SdName& newPrefi
       changed |= name != key.Name();
     }
     CSettingDataKey* target = renamed.Find(name);
-    if (target == nullptr) target = renamed.Append(std::make_unique<CSettingDataKey>(name));
+    if (target == nullptr) target = renamed.Append(CSettingDataKey(name));
     JoinEntries(*target, key);
   }
   if (!changed) return 0;
@@ -110,7 +110,7 @@ int CSettingData::CopySD(const CSettingData& from) {
   if (this == &from) return 0;
   SdKeyList copies;
   for (int i = 0; i < from.keys_.Count(); ++i) {
-    copies.Append(std::make_unique<CSettingDataKey>(*from.keys_.At(i)));
+    copies.Append(CSettingDataKey(*from.keys_.At(i)));
   }
   keys_ = std::move(copies);
   return modified_ = 1;
@@ -119,7 +119,7 @@ int CSettingData::CopySD(const CSettingData& from) {
 int CSettingData::CopySdKey(int, const CSettingData& from, const SdName& key, int) {
   const CSettingDataKey* const source = from.keys_.Find(key);
   if (this == &from || source == nullptr) return 0;
-  auto copy = std::make_unique<CSettingDataKey>(*source);
+  CSettingDataKey copy(*source);
   if (const CSettingDataKey* const old = keys_.Find(key)) {
     keys_.ReplaceAt(keys_.IndexOf(old), std::move(copy));
   } else {

@@ -154,7 +154,7 @@ int CSettingData::WriteNarrow(const SdName& key, const SdName& name, std::string
 int CSettingData::SetKey(const SdName& key) {
   if (!IsSdKeyName(key.Text())) return 0;
   if (keys_.Find(key) == nullptr) {
-    keys_.Append(std::make_unique<CSettingDataKey>(key));
+    keys_.Append(CSettingDataKey(key));
     modified_ = 1;
   }
   return 1;

@@ -89,6 +89,7 @@ class CSettingData {
 
   int IsLoaded() const { return loaded_; }
   int IsModified() const { return modified_; }
+  int IsRecovered() const { return recovered_; }  // loaded from the reserve copy
   const CStringA& GetErrorMessage() const { return errorMessage_; }
   // Keys and names that stood twice in what was loaded last, and where a failed load stopped.
   const SdTextReading& GetReading() const { return reading_; }
@@ -202,6 +203,7 @@ class CSettingData {
   SdKeyList keys_;
   int loaded_ = 0;
   int modified_ = 0;
+  int recovered_ = 0;
   CStringA errorMessage_;
   int enciphered_ = 0;
   std::string cryptKey_;

@@ -18,6 +18,10 @@ Runner AddConvert(CLI::App& command);
 Runner AddEncode(CLI::App& command);
 Runner AddDecode(CLI::App& command);
 Runner AddCharsets(CLI::App& command);
+Runner AddSettings(CLI::App& command);
+Runner AddUsers(CLI::App& command);
+Runner AddDigest(CLI::App& command);
+Runner AddCipher(CLI::App& command);
 
 // Whether this build reads mail: without GMime it does not.
 extern const bool kHasMailCommands;

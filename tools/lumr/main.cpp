@@ -27,6 +27,10 @@ constexpr Command kCommands[] = {
     {"encode", Say::kEncodeHelp, Say::kEncodeExamples, AddEncode, false},
     {"decode", Say::kDecodeHelp, Say::kDecodeExamples, AddDecode, false},
     {"charsets", Say::kCharsetsHelp, Say::kCharsetsExamples, AddCharsets, false},
+    {"settings", Say::kSettingsHelp, Say::kSettingsExamples, AddSettings, false},
+    {"users", Say::kUsersHelp, Say::kUsersExamples, AddUsers, false},
+    {"digest", Say::kDigestHelp, Say::kDigestExamples, AddDigest, false},
+    {"cipher", Say::kCipherHelp, Say::kCipherExamples, AddCipher, false},
 };
 
 // Help texts are made before the options are read, so the language has to be known earlier.

@@ -2,10 +2,12 @@
 
 _lumr() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-  local command='' word
+  local command='' sub='' word
   for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
-    case $word in
-      show | detect | convert | encode | decode | charsets) command=$word && break ;;
+    case $command:$word in
+      :show | :detect | :convert | :encode | :decode | :charsets) command=$word ;;
+      :settings | :users | :digest | :cipher) command=$word ;;
+      settings:* | users:* | digest:* | cipher:*) [[ $word == -* || -n $sub ]] || sub=$word ;;
     esac
   done
 
@@ -27,18 +29,50 @@ _lumr() {
       COMPREPLY=($(compgen -W 'base64 qp uu binhex hex url imap' -- "$current"))
       return
       ;;
+    --key-file | -o | --output)
+      compopt -o filenames 2>/dev/null
+      COMPREPLY=($(compgen -f -- "$current"))
+      return
+      ;;
+    --user-dir)
+      compopt -o filenames 2>/dev/null
+      COMPREPLY=($(compgen -d -- "$current"))
+      return
+      ;;
   esac
+  if [[ -z $sub && $current != -* ]]; then
+    local subs=''
+    case $command in
+      settings) subs='get set unset list check diff encrypt decrypt' ;;
+      users) subs='list add remove password' ;;
+      digest) subs='md5 hmac-md5' ;;
+      cipher) subs='encrypt decrypt' ;;
+    esac
+    if [[ -n $subs ]]; then
+      COMPREPLY=($(compgen -W "$subs" -- "$current"))
+      return
+    fi
+  fi
 
   if [[ $current == -* ]]; then
     local options='--help --json --lang'
-    case $command in
-      '') options+=' --version' ;;
-      convert) options+=' --from --to --in-place --report --strict' ;;
-      encode) options+=' --wrap --binary --all --name' ;;
+    case $command:$sub in
+      :) options+=' --version' ;;
+      settings:set) options+=' --key-file --create --reserve' ;;
+      settings:encrypt | settings:decrypt) options+=' --key-file --output' ;;
+      users:add) options+=' --key-file --id --user-dir' ;;
+      users:password) options+=' --key-file --remove --required --not-required' ;;
+      settings:?* | users:?* | cipher:?* | digest:hmac-md5) options+=' --key-file' ;;
+      convert:) options+=' --from --to --in-place --report --strict' ;;
+      encode:) options+=' --wrap --binary --all --name' ;;
     esac
     COMPREPLY=($(compgen -W "$options" -- "$current"))
   elif [[ -z $command ]]; then
-    COMPREPLY=($(compgen -W 'show detect convert encode decode charsets' -- "$current"))
+    COMPREPLY=($(compgen -W "show detect convert encode decode charsets
+      settings users digest cipher" -- "$current"))
+  elif [[ $command == users ]]; then
+    compopt -o filenames 2>/dev/null
+    COMPREPLY=($(compgen -d -- "$current"))
   elif [[ $command != charsets ]]; then
     compopt -o filenames 2>/dev/null
     COMPREPLY=($(compgen -f -- "$current"))
