@@ -84,7 +84,7 @@ bool TakesPart(const Contender& peer, const Input& input) {
 
 std::vector<Row> AllRows() {
   std::vector<Row> rows = CharsetRows();
-  for (const auto& more : {TransferRows(), BufferRows()}) {
+  for (const auto& more : {TransferRows(), BufferRows(), CryptoRows(), SettingsRows()}) {
     rows.insert(rows.end(), more.begin(), more.end());
   }
   return rows;

@@ -56,6 +56,8 @@ std::vector<Row> AllRows();
 std::vector<Row> CharsetRows();
 std::vector<Row> TransferRows();
 std::vector<Row> BufferRows();
+std::vector<Row> CryptoRows();
+std::vector<Row> SettingsRows();
 
 struct Speed {
   std::string name;

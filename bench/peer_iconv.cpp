@@ -63,8 +63,9 @@ Contender Iconv(const std::string& from, const std::string& to) {
 
 std::vector<std::string> PeerVersions() {
   std::vector<std::string> versions = {std::string("iconv of glibc ") + gnu_get_libc_version()};
-  for (const auto& version : {IcuVersion(), NkfVersion(), GmimeVersion(), OpensslVersion(),
-                              GlibVersion(), UchardetVersion(), OnigurumaVersion()}) {
+  for (const auto& version :
+       {IcuVersion(), NkfVersion(), GmimeVersion(), OpensslVersion(), GlibVersion(),
+        UchardetVersion(), OnigurumaVersion(), NettleVersion(), GcryptVersion()}) {
     if (!version.empty()) versions.push_back(version);
   }
   return versions;

@@ -4,6 +4,8 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "harness.h"
@@ -53,6 +55,35 @@ Contender Memmem(std::string_view word);          // on bytes; the position in d
 Contender StringViewFind(std::string_view word);  // on bytes; the position in decimal
 Contender StringPushBack();                       // the input, appended byte by byte
 
+// Digests of the input, 16 bytes; the HMAC under the input's first bytes. Blowfish in blocks of
+// its own (electronic codebook) under a fixed key; the key schedule of the input as key, shown by a
+// block of zero bytes.
+inline constexpr std::string_view kBlowfishKey = "sixteen byte key";
+inline constexpr int kHmacKeySize = 16;
+Contender OpensslMd5();
+Contender NettleMd5();
+Contender GcryptMd5();
+Contender OpensslHmacMd5();
+Contender NettleHmacMd5();
+Contender GcryptHmacMd5();
+Contender OpensslBlowfishEncipher();
+Contender NettleBlowfishEncipher();
+Contender GcryptBlowfishEncipher();
+Contender OpensslBlowfishDecipher();
+Contender NettleBlowfishDecipher();
+Contender GcryptBlowfishDecipher();
+Contender OpensslBlowfishKey();
+Contender NettleBlowfishKey();
+Contender GcryptBlowfishKey();
+
+// GLib's key files of the content of a setting data file: loaded (the last value), written (the
+// text), and every value looked up (how many there are), in the order of the file or shuffled.
+using SettingNames = std::vector<std::pair<std::string, std::string>>;  // keys and names
+void Shuffle(SettingNames& names);
+Contender KeyFileLoad();
+Contender KeyFileSave();
+Contender KeyFileLookup(bool shuffled);
+
 // "ICU 72.1" and so on, for the peers that are built in.
 std::vector<std::string> PeerVersions();
 std::string IcuVersion();
@@ -62,5 +93,7 @@ std::string OpensslVersion();
 std::string GlibVersion();
 std::string UchardetVersion();
 std::string OnigurumaVersion();
+std::string NettleVersion();
+std::string GcryptVersion();
 
 }  // namespace lumr::bench
