@@ -17,6 +17,7 @@ CpuFeatures Detect() {
   // it stood at 32: vectors of that size are not for them (GCC bug 54412).
 #if !defined(__MINGW32__) || defined(__clang__)
   features.avx2 = __builtin_cpu_supports("avx2");
+  features.avx512vl = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl");
 #endif
   features.bmi2 = __builtin_cpu_supports("bmi2");
 #elif defined(__aarch64__)

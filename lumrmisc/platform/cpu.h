@@ -9,6 +9,7 @@ struct CpuFeatures {
   bool sse41 = false;
   bool avx2 = false;
   bool bmi2 = false;
+  bool avx512vl = false;  // and AVX-512 F
   bool neon = false;
 };
 
