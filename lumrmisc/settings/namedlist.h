@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -26,8 +27,15 @@ class NamedList {
 
   const T* Find(const SdName& name) const {
     if (slots_.empty()) {
-      for (const T& item : items_) {
-        if (item.NameHash() == name.Hash() && EqualSdNames(item.Name(), name.Text())) return &item;
+      // All hashes are compared before any name: where an item stands cannot be foreseen, and a
+      // wrong guess costs more than the comparisons.
+      unsigned alike = 0;
+      for (std::size_t i = 0; i < items_.size(); ++i) {
+        alike |= static_cast<unsigned>(items_[i].NameHash() == name.Hash()) << i;
+      }
+      for (; alike != 0; alike &= alike - 1) {
+        const T& item = items_[static_cast<std::size_t>(std::countr_zero(alike))];
+        if (EqualSdNames(item.Name(), name.Text())) return &item;
       }
       return nullptr;
     }

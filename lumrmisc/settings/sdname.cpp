@@ -1,6 +1,7 @@
 #include "lumrmisc/settings/sdname.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 #include "lumrmisc/charset/convert.h"
@@ -18,12 +19,6 @@ constexpr std::size_t kUnitsAtOnce = 4;
 char16_t Fold(char16_t unit) {
   if (unit >= 0x80) return UnitToLower(unit);
   return unit >= 'A' && unit <= 'Z' ? static_cast<char16_t>(unit + 32) : unit;
-}
-
-bool IsAscii(std::string_view text) {
-  unsigned char all = 0;
-  for (const char c : text) all |= static_cast<unsigned char>(c);
-  return all < 0x80;
 }
 
 std::uint64_t LoadUnits(const char16_t* units) {
@@ -58,6 +53,33 @@ bool ForEachFour(std::size_t size, Take take) {
   return i == size || take(size - kUnitsAtOnce);
 }
 
+// Four bytes as four units.
+std::uint64_t Widened(std::uint32_t bytes) {
+  const std::uint64_t pairs = (bytes | std::uint64_t{bytes} << 16) & 0x0000ffff0000ffff;
+  return (pairs | pairs << 8) & 0x00ff00ff00ff00ff;
+}
+
+// The hash of a name, fed with its units by fours, or one by one where there are fewer.
+class Hasher {
+ public:
+  explicit Hasher(std::size_t size) : hash_(Seed() + size) {}
+
+  bool Add(std::uint64_t units) {
+    hash_ = std::rotl((hash_ ^ Folded(units)) * 0x9e3779b97f4a7c15, 32);
+    return true;
+  }
+
+  std::uint32_t Result() const { return static_cast<std::uint32_t>(hash_ ^ hash_ >> 32); }
+
+ private:
+  static std::uint64_t Seed() {
+    static const auto seed = static_cast<std::uint64_t>(RandomSeed()) << 32;
+    return seed;
+  }
+
+  std::uint64_t hash_;
+};
+
 bool AreWrittenAlike(std::u16string_view a, std::u16string_view b) {
   if (a.size() < kUnitsAtOnce) return a == b;
   return ForEachFour(
@@ -67,21 +89,13 @@ bool AreWrittenAlike(std::u16string_view a, std::u16string_view b) {
 }  // namespace
 
 std::uint32_t SdName::HashOf(std::u16string_view name) {
-  static const auto seed = static_cast<std::uint64_t>(RandomSeed()) << 32;
-  std::uint64_t hash = seed + name.size();
-  const auto add = [&hash](std::uint64_t units) {
-    hash = (hash ^ Folded(units)) * 0x9e3779b97f4a7c15;
-    hash ^= hash >> 32;
-    return true;
-  };
+  Hasher hasher(name.size());
   if (name.size() >= kUnitsAtOnce) {
-    ForEachFour(name.size(), [&](std::size_t i) { return add(LoadUnits(name.data() + i)); });
+    ForEachFour(name.size(), [&](std::size_t i) { return hasher.Add(LoadUnits(name.data() + i)); });
   } else {
-    std::uint64_t packed = 0;
-    for (const char16_t unit : name) packed = packed << 16 | unit;
-    add(packed);
+    for (const char16_t unit : name) hasher.Add(unit);
   }
-  return static_cast<std::uint32_t>(hash);
+  return hasher.Result();
 }
 
 SdName::SdName(std::u16string_view name) : text_(name), hash_(HashOf(name)) {}
@@ -95,16 +109,37 @@ SdName::SdName(const CStringA& name) {
 }
 
 void SdName::SetNarrow(std::string_view name) {
-  if (name.size() <= std::size(short_) && IsAscii(name)) {
-    for (std::size_t i = 0; i < name.size(); ++i) short_[i] = static_cast<char16_t>(name[i]);
-    text_ = {short_, name.size()};
-  } else {
-    CBuffer utf16;
-    ConvertToOtherCodePage2(AnsiCodePage(), name, 1200, utf16);
-    long_ = utf16.Units();
-    text_ = long_;
-  }
+  if (name.size() <= std::size(short_) && SetAscii(name)) return;
+  CBuffer utf16;
+  ConvertToOtherCodePage2(AnsiCodePage(), name, 1200, utf16);
+  long_ = utf16.Units();
+  text_ = long_;
   hash_ = HashOf(text_);
+}
+
+// Widens and hashes at one go, since looking up a short name is little else. False, with nothing
+// set, where a character is not of ASCII.
+bool SdName::SetAscii(std::string_view name) {
+  Hasher hasher(name.size());
+  const auto widen = [&](std::size_t i) {
+    std::uint32_t bytes;
+    std::memcpy(&bytes, name.data() + i, sizeof bytes);
+    const std::uint64_t units = Widened(bytes);
+    std::memcpy(short_ + i, &units, sizeof units);
+    return (bytes & 0x80808080) == 0 && hasher.Add(units);
+  };
+  if (name.size() >= kUnitsAtOnce) {
+    if (!ForEachFour(name.size(), widen)) return false;
+  } else {
+    for (std::size_t i = 0; i < name.size(); ++i) {
+      short_[i] = static_cast<unsigned char>(name[i]);
+      if (short_[i] >= 0x80) return false;
+      hasher.Add(short_[i]);
+    }
+  }
+  text_ = {short_, name.size()};
+  hash_ = hasher.Result();
+  return true;
 }
 
 bool EqualSdNames(std::u16string_view a, std::u16string_view b) {

@@ -31,6 +31,7 @@ class SdName {
 
  private:
   void SetNarrow(std::string_view name);
+  bool SetAscii(std::string_view name);
 
   char16_t short_[40];
   CStringW long_;
