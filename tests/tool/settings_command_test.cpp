@@ -69,6 +69,7 @@ TEST(Settings, AreReadAndChanged) {
       {"settings set a.ini DATA-END A 1", 2, "", "cannot hold"},
       {"settings set - K A 1", 2, "", "standard input cannot be rewritten"},
       {"settings unset a.ini none", 1, "", "no key"},
+      {"settings check -", 1, "", "not UTF-16", "[L]\nB=2\n"},
       {"settings list - ", 0, "[L]\nB=2\n", "", Utf16("[L]\nB=2\n")},
       {"settings", 2, "", "wrong usage"},
   };

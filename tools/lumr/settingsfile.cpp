@@ -6,6 +6,7 @@
 #include "input.h"
 #include "json.h"
 #include "lumrmisc/charset/convert.h"
+#include "lumrmisc/charset/detect.h"
 #include "lumrmisc/crypto/blowfish.h"
 #include "safetext.h"
 #include "textdecode.h"
@@ -51,6 +52,23 @@ SettingsForm FormOf(std::string_view bytes) {
                                                     : SettingsForm::kEnciphered;
 }
 
+// Whether these are the bytes of ASCII or UTF-8: a file of another program.
+bool IsByteText(std::string_view bytes) {
+  const auto isText = [](char c) {
+    return (c & 0x80) != 0 || c >= ' ' || (c >= '\t' && c <= '\r');
+  };
+  const auto isHigh = [](char c) { return (c & 0x80) != 0; };
+  return std::all_of(bytes.begin(), bytes.end(), isText) &&
+         (IsUTF8(bytes) != 0 || std::none_of(bytes.begin(), bytes.end(), isHigh));
+}
+
+// As much of a defect's text as helps to find it.
+std::string Excerpt(std::u16string_view text) {
+  constexpr std::size_t kMost = 60;  // UTF-16 units
+  if (text.size() <= kMost) return SafeLine(Utf8(text));
+  return SafeLine(Utf8(text.substr(0, kMost)) + "\xE2\x80\xA6");
+}
+
 }  // namespace
 
 const char* DefectName(SdDefectKind kind) {
@@ -59,7 +77,7 @@ const char* DefectName(SdDefectKind kind) {
 
 std::string DefectText(const SdDefect& defect) {
   const std::string text =
-      Text(RowOf(defect.kind).what, {SafeLine(Utf8(defect.text)), SafeLine(Utf8(defect.key))});
+      Text(RowOf(defect.kind).what, {Excerpt(defect.text), Excerpt(defect.key)});
   return defect.line == 0 ? text : Text(Say::kDefectAt, {std::to_string(defect.line), text});
 }
 
@@ -87,6 +105,12 @@ bool SettingsText(Session& session, KeySource& keys, const std::string& file,
                   const SettingsBytes& settings, CBuffer& plain, std::string_view& text) {
   text = settings.bytes;
   const bool mayBeEnciphered = settings.form == SettingsForm::kDamaged && keys.IsGiven();
+  if (settings.form != SettingsForm::kText && !keys.IsGiven() && IsByteText(settings.bytes) &&
+      settings.form != SettingsForm::kEmpty) {
+    session.Tell(file, Say::kNotSettings);
+    session.Raise(kLost);
+    return false;
+  }
   if (settings.form != SettingsForm::kEnciphered && !mayBeEnciphered) return true;
   const Secret* const key = keys.Get(session);
   if (key == nullptr) return false;

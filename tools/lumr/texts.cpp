@@ -335,6 +335,8 @@ constexpr TextRow kTexts[] = {
     {Say::kNoDefects, "問題ありません（キー {1}、値 {2}）", "no defects; keys: {1}, values: {2}"},
     {Say::kDefects, "問題 {0} 件（読めたのはキー {1}、値 {2}）",
      "defects: {0}; readable keys: {1}, values: {2}"},
+    {Say::kNotSettings, "設定ファイルではありません。UTF-16 ではないテキストです",
+     "this is no setting data file: it is text, but not UTF-16"},
     {Say::kNeedsFile, "ファイル名が要ります。標準入力は書き換えられません",
      "the name of a file is needed; standard input cannot be rewritten"},
     {Say::kNotUtf8, "正しい UTF-8 ではありません: {0}", "this is not valid UTF-8: {0}"},

@@ -203,6 +203,7 @@ enum class Say {
   kDefectNameTwice,
   kNoDefects,
   kDefects,
+  kNotSettings,
   kNeedsFile,
   kNotUtf8,
   kNoSuchKey,
