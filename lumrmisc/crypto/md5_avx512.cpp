@@ -2,14 +2,10 @@
 
 #if defined(__x86_64__)
 
-#include <immintrin.h>
-
 #include <utility>
 
+#include "lumrmisc/platform/avx512_internal.h"
 #include "lumrmisc/platform/cpu.h"
-
-#define LUMR_AVX512 __attribute__((target("avx512f,avx512vl")))
-#define LUMR_AVX512_INLINE __attribute__((target("avx512f,avx512vl"), always_inline)) inline
 
 namespace lumr {
 namespace {
@@ -91,7 +87,7 @@ constexpr Md5Kernel kKernel = {DigestBlocks, DigestTwo};
 }  // namespace
 
 const Md5Kernel* Avx512Md5Kernel() {
-  return Cpu().avx512vl ? &kKernel : nullptr;
+  return Cpu().avx512 ? &kKernel : nullptr;
 }
 
 }  // namespace lumr

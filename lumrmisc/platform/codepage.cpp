@@ -5,6 +5,7 @@
 
 #include "lumrmisc/platform/codepage_internal.h"
 #include "lumrmisc/platform/cpu.h"
+#include "lumrmisc/platform/doublebyte_avx512_internal.h"
 #include "lumrmisc/platform/mbcs.h"
 #include "lumrmisc/platform/singlebyte_avx2_internal.h"
 #include "lumrmisc/platform/utf7_internal.h"
@@ -29,7 +30,7 @@ struct DecodeEscape {
 // Decoding: a byte is looked up in singles; the cell of a pair is cells[rows[lead] + trail -
 // kFirstTrail]. Values among the surrogates are escapes (below). Pairs in allRows only, or with
 // a trail byte below strictTrail, decode leniently: EUC-KR takes them from code page 949.
-// Encoding: index gives the start in codes of each block of kBlock units.
+// Encoding: index gives the start in codes of each block of kEncodeBlock units.
 struct CodePageTable {
   unsigned codePage;
   Coding coding;
@@ -73,7 +74,9 @@ constexpr std::uint16_t kUndefined = 0xD800;
 constexpr std::uint16_t kFirstEscape = 0xD801;
 constexpr std::uint16_t kLead = 0xDFFF;
 constexpr std::uint16_t kNoRow = 0xFFFF;
-constexpr int kFirstTrail = 0x40;
+
+// Vectors that come no further than this many bytes are not tried again soon.
+constexpr std::ptrdiff_t kWorthwhile = 32;
 
 constexpr bool IsEscape(std::uint16_t value) {
   return (value & 0xF800) == 0xD800;
@@ -83,8 +86,6 @@ constexpr bool IsEscape(std::uint16_t value) {
 // place in fits, from kFirstPair on an exact pair.
 constexpr std::uint16_t kFitByte = 0x0100;
 constexpr std::uint16_t kFitPair = 0x0200;
-constexpr std::uint16_t kFirstPair = 0x8000;
-constexpr int kBlock = 32;
 
 const CodePageTable* FindTable(unsigned codePage) {
   if (codePage == 0) codePage = AnsiCodePage();
@@ -105,7 +106,7 @@ const CodePageTable& TableOrAnsi(unsigned codePage) {
 }
 
 std::uint16_t EncodeValue(const CodePageTable& table, char16_t unit) {
-  return table.codes[table.index[unit / kBlock] + unit % kBlock];
+  return table.codes[table.index[unit / kEncodeBlock] + unit % kEncodeBlock];
 }
 
 // Decodes length bytes of which the tables say value, an escape or a unit that the code page
@@ -153,18 +154,61 @@ CoderEnds DecodePairs(const CodePageTable& table, const Byte* in, const Byte* en
   return {in, out};
 }
 
-CoderEnds DecodeDoubleByte(const CodePageTable& table, const Byte* in, const Byte* end, bool last,
-                           char* out, Losses& losses) {
-  while (in != end) {
+// What the vectors take for granted of the code pages whose strict pairs are all pairs.
+constexpr bool HasLinearRows(const std::uint16_t* rows, bool hasKatakana) {
+  for (int byte = 0; byte < 256; ++byte) {
+    const bool isLead = byte >= kFirstLead && byte <= (hasKatakana ? 0xFC : 0xFE) &&
+                        !(hasKatakana && byte >= 0xA0 && byte < 0xE0);
+    if (rows[byte] != (isLead ? LinearRow(byte, hasKatakana) : kNoRow)) return false;
+  }
+  return true;
+}
+static_assert(HasLinearRows(tables::kRows932, true) && HasLinearRows(tables::kRows936, false) &&
+              HasLinearRows(tables::kRows949, false) && HasLinearRows(tables::kRows950, false));
+
+template <std::size_t kSize>
+constexpr bool HasCjkRuns(const std::uint16_t (&index)[kSize]) {
+  for (const UnitRun& run : kCjkRuns) {
+    const int start = index[run.first / kEncodeBlock];
+    for (int unit = run.first; unit <= run.last; unit += kEncodeBlock) {
+      if (index[unit / kEncodeBlock] != start + unit - run.first) return false;
+    }
+  }
+  return true;
+}
+static_assert(HasCjkRuns(tables::kIndex932) && HasCjkRuns(tables::kIndex936));
+static_assert(std::size(tables::kCells932) % 2 == 0 && std::size(tables::kCells936) % 2 == 0 &&
+              std::size(tables::kCells949) % 2 == 0 && std::size(tables::kCells950) % 2 == 0);
+static_assert(std::size(tables::kCodes932) % 2 == 0 && std::size(tables::kCodes936) % 2 == 0 &&
+              std::size(tables::kCodes949) % 2 == 0 && std::size(tables::kCodes950) % 2 == 0);
+
+// Decodes the characters that begin before stop; false when one waits for more text.
+bool DecodeDoubleBytePlain(const CodePageTable& table, const Byte*& in, const Byte* stop,
+                           const Byte* end, bool last, char*& out, Losses& losses) {
+  const Byte* const pairsEnd = stop == end ? end : stop + 1;
+  while (in < stop) {
     if (*in < 0x80) {
-      WidenAscii(in, end, out);
+      WidenAscii(in, stop, out);
       continue;
     }
-    CoderEnds ends = DecodePairs(table, in, end, out);
+    CoderEnds ends = DecodePairs(table, in, pairsEnd, out);
     if (ends.in == in) ends = DecodeCode(table, in, end, last, out, losses);
-    if (ends.in == in) break;
+    if (ends.in == in) return false;
     in = ends.in;
     out = ends.out;
+  }
+  return true;
+}
+
+CoderEnds DecodeDoubleByte(const CodePageTable& table, const Byte* in, const Byte* end, bool last,
+                           char* out, Losses& losses) {
+  const bool vectors = Cpu().avx512 && table.rows == table.allRows;
+  PlainStretch stretch(vectors);
+  while (in != end) {
+    const Byte* const begin = in;
+    if (vectors) DecodeDoubleByteAvx512(table.cells, table.codePage == 932, in, end, out);
+    const Byte* const stop = stretch.End(in, end, in - begin < kWorthwhile);
+    if (!DecodeDoubleBytePlain(table, in, stop, end, last, out, losses)) break;
   }
   return {in, out};
 }
@@ -238,22 +282,23 @@ CoderEnds EncodePairs(const CodePageTable& table, const Byte* in, const Byte* en
   const std::uint16_t* const codes = table.codes;
   for (; end - in >= 2; in += 2) {
     const char16_t unit = LoadUnit(in);
-    const std::uint16_t value = codes[index[unit / kBlock] + unit % kBlock];
+    const std::uint16_t value = codes[index[unit / kEncodeBlock] + unit % kEncodeBlock];
     if (value < kFirstPair) break;
     out = PutPair(out, value);
   }
   return {in, out};
 }
 
-CoderEnds EncodeDoubleByte(const CodePageTable& table, std::string_view replacement, const Byte* in,
-                           const Byte* end, char* out, Losses& losses) {
-  while (end - in >= 2) {
+// Encodes the units before stop.
+void EncodeDoubleBytePlain(const CodePageTable& table, std::string_view replacement,
+                           const Byte*& in, const Byte* stop, char*& out, Losses& losses) {
+  while (stop - in >= 2) {
     const char16_t unit = LoadUnit(in);
     if (unit < 0x80) {
-      NarrowAscii(in, end, out);
+      NarrowAscii(in, stop, out);
       continue;
     }
-    const CoderEnds ends = EncodePairs(table, in, end, out);
+    const CoderEnds ends = EncodePairs(table, in, stop, out);
     if (ends.in != in) {
       in = ends.in;
       out = ends.out;
@@ -266,6 +311,20 @@ CoderEnds EncodeDoubleByte(const CodePageTable& table, std::string_view replacem
       out = PutUnfit(table, value, replacement, in, out, losses);
     }
     in += 2;
+  }
+}
+
+CoderEnds EncodeDoubleByte(const CodePageTable& table, std::string_view replacement, const Byte* in,
+                           const Byte* end, char* out, Losses& losses) {
+  const bool vectors = Cpu().avx512;
+  const EncodingTable encoding = {table.index, table.codes,
+                                  table.codePage == 932 || table.codePage == 936};
+  PlainStretch stretch(vectors);
+  while (end - in >= 2) {
+    const Byte* const begin = in;
+    if (vectors) EncodeDoubleByteAvx512(encoding, in, end, out);
+    const Byte* const stop = stretch.End(in, end, in - begin < kWorthwhile);
+    EncodeDoubleBytePlain(table, replacement, in, stop, out, losses);
   }
   return {in, out};
 }
@@ -291,7 +350,7 @@ char* EncodeEight(const CodePageTable& table, std::string_view replacement, cons
   unsigned notExact = 0;  // bits above the low eight when there was a zero or a fit
   for (int i = 0; i < 8; ++i) {
     const char16_t unit = LoadUnit(in + 2 * i);
-    const unsigned value = codes[index[unit / kBlock] + unit % kBlock];
+    const unsigned value = codes[index[unit / kEncodeBlock] + unit % kEncodeBlock];
     notExact |= value - 1;
     out[i] = static_cast<char>(value);
   }

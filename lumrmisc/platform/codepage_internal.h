@@ -1,6 +1,7 @@
 // What the coders of code pages share.
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -50,6 +51,23 @@ class Losses {
   const char* out_ = nullptr;
   long long inOffset_ = 0;
   long long outOffset_ = 0;
+};
+
+// How far to convert character by character before vectors are tried again: farther each time
+// that they fail, as they do in text of another kind.
+class PlainStretch {
+ public:
+  explicit PlainStretch(bool vectors) : vectors_(vectors) {}
+
+  const Byte* End(const Byte* in, const Byte* end, bool vectorsFailed) {
+    length_ = vectorsFailed ? std::min<std::ptrdiff_t>(2 * length_, 4096) : kLeast;
+    return vectors_ && end - in > length_ ? in + length_ : end;
+  }
+
+ private:
+  static constexpr std::ptrdiff_t kLeast = 32;
+  bool vectors_;
+  std::ptrdiff_t length_ = kLeast;
 };
 
 inline std::uint64_t LoadEightBytes(const void* address) {

@@ -17,7 +17,9 @@ CpuFeatures Detect() {
   // it stood at 32: vectors of that size are not for them (GCC bug 54412).
 #if !defined(__MINGW32__) || defined(__clang__)
   features.avx2 = __builtin_cpu_supports("avx2");
-  features.avx512vl = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl");
+  features.avx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl") &&
+                    __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vbmi") &&
+                    __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("bmi2");
 #endif
   features.bmi2 = __builtin_cpu_supports("bmi2");
 #elif defined(__aarch64__)
@@ -28,10 +30,12 @@ CpuFeatures Detect() {
 
 // One set per level; the order is that of CpuLevel.
 struct Levels {
-  CpuFeatures sets[3];
+  CpuFeatures sets[4];
   Levels() {
     const CpuFeatures all = Detect();
+    sets[3] = all;
     sets[2] = all;
+    sets[2].avx512 = false;
     sets[1].ssse3 = all.ssse3;
     sets[1].sse41 = all.sse41;
   }
@@ -50,7 +54,7 @@ const CpuFeatures& Cpu() {
   const CpuFeatures* const features = current.load(std::memory_order_acquire);
   if (features != nullptr) return *features;
   internal::LimitCpu(internal::CpuLevel::kAll);
-  return AllLevels().sets[2];
+  return AllLevels().sets[3];
 }
 
 void internal::LimitCpu(CpuLevel level) {

@@ -9,7 +9,7 @@ struct CpuFeatures {
   bool sse41 = false;
   bool avx2 = false;
   bool bmi2 = false;
-  bool avx512vl = false;  // and AVX-512 F
+  bool avx512 = false;  // with the extensions that avx512_internal.h names
   bool neon = false;
 };
 

@@ -3,7 +3,7 @@
 
 namespace lumr::internal {
 
-enum class CpuLevel { kPortable, kSse41, kAll };  // kSse41 includes SSSE3
+enum class CpuLevel { kPortable, kSse41, kAvx2, kAll };  // kSse41 includes SSSE3
 
 // Hides the features above level from Cpu(), for all threads, until called again.
 void LimitCpu(CpuLevel level);

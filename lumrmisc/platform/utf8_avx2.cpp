@@ -1,4 +1,4 @@
-#include "lumrmisc/platform/utf8_avx2_internal.h"
+#include "lumrmisc/platform/utf8_kernels_internal.h"
 
 #if defined(__x86_64__)
 

@@ -10,7 +10,7 @@
 
 #include "lumrmisc/platform/codepage_internal.h"
 #include "lumrmisc/platform/cpu.h"
-#include "lumrmisc/platform/utf8_avx2_internal.h"
+#include "lumrmisc/platform/utf8_kernels_internal.h"
 
 namespace lumr {
 
@@ -58,23 +58,6 @@ inline bool IsUtf8Three(const Byte* in, const Byte* end) {
   return top >= 0xE0A0 && (top < 0xEDA0 || top > 0xEDBF);
 }
 
-// How far to convert character by character before vectors are tried again: farther each time
-// that they fail, as they do in text of another kind.
-class PlainStretch {
- public:
-  explicit PlainStretch(bool vectors) : vectors_(vectors) {}
-
-  const Byte* End(const Byte* in, const Byte* end, bool vectorsFailed) {
-    length_ = vectorsFailed ? std::min<std::ptrdiff_t>(2 * length_, 4096) : kLeast;
-    return vectors_ && end - in > length_ ? in + length_ : end;
-  }
-
- private:
-  static constexpr std::ptrdiff_t kLeast = 32;
-  bool vectors_;
-  std::ptrdiff_t length_ = kLeast;
-};
-
 // Decodes the characters that begin before stop; false when one waits for more text.
 inline bool DecodeUtf8Plain(const Byte*& in, const Byte* stop, const Byte* end, bool last,
                             char*& out, Losses& losses) {
@@ -100,11 +83,13 @@ inline bool DecodeUtf8Plain(const Byte*& in, const Byte* stop, const Byte* end, 
 }
 
 inline CoderEnds DecodeUtf8(const Byte* in, const Byte* end, bool last, char* out, Losses& losses) {
-  const bool vectors = Cpu().avx2;
-  PlainStretch stretch(vectors);
+  const Utf8Kernel vectors = Cpu().avx512 ? DecodeUtf8Avx512
+                             : Cpu().avx2 ? DecodeUtf8Avx2
+                                          : nullptr;
+  PlainStretch stretch(vectors != nullptr);
   while (in != end) {
     const Byte* const begin = in;
-    if (vectors) DecodeUtf8Avx2(in, end, out);
+    if (vectors != nullptr) vectors(in, end, out);
     const Byte* const stop = stretch.End(in, end, in == begin);
     if (!DecodeUtf8Plain(in, stop, end, last, out, losses)) break;
   }
@@ -158,11 +143,13 @@ inline bool EncodeUtf8Plain(const Byte*& in, const Byte* stop, const Byte* end, 
 }
 
 inline CoderEnds EncodeUtf8(const Byte* in, const Byte* end, bool last, char* out, Losses& losses) {
-  const bool vectors = Cpu().avx2;
-  PlainStretch stretch(vectors);
+  const Utf8Kernel vectors = Cpu().avx512 ? EncodeUtf8Avx512
+                             : Cpu().avx2 ? EncodeUtf8Avx2
+                                          : nullptr;
+  PlainStretch stretch(vectors != nullptr);
   while (in != end) {
     const Byte* const begin = in;
-    if (vectors) EncodeUtf8Avx2(in, end, out);
+    if (vectors != nullptr) vectors(in, end, out);
     const Byte* const stop = stretch.End(in, end, in == begin);
     if (!EncodeUtf8Plain(in, stop, end, last, out, losses)) break;
   }

@@ -306,6 +306,38 @@ TEST(CodePageDecoder, SingleByteKernelsAgree) {
   }
 }
 
+// Bytes of few kinds, so that some texts are all pairs and others break off at every place.
+TEST(CodePageDecoder, DoubleByteKernelsAgree) {
+  constexpr unsigned kSeed = 23;
+  constexpr std::string_view kPieces[] = {"a",        "0123456789abcdef",
+                                          "\x82\xA0", "\x88\x9F\x98\x72",
+                                          "\xB1\xDE", "\xE0\x9F\xFC\x4B",
+                                          "\x81\x7F", "\x85\x40",
+                                          "\x80",     "\xA0",
+                                          "\xFF",     "\x9F\x20",
+                                          "\xFE\xFE", "\xFD\xA1",
+                                          "\xA1"};
+  std::mt19937 random(kSeed);
+  for (int round = 0; round < 20000; ++round) {
+    const unsigned codePage = std::array{932u, 936u, 949u, 950u, 51949u}[random() % 5];
+    const std::size_t pieces = 1 + random() % std::size(kPieces);
+    std::string text;
+    for (const std::size_t size = random() % 300; text.size() < size;) {
+      text += random() % 40 == 0 ? std::string(1, static_cast<char>(random()))
+                                 : std::string(kPieces[random() % pieces]);
+    }
+    internal::LimitCpu(internal::CpuLevel::kPortable);
+    const Converted decoded = Decode(codePage, text);
+    std::string units = decoded.bytes;
+    if (round % 3 == 0 && !units.empty())
+      units[random() % units.size()] = static_cast<char>(random());
+    const Converted encoded = Encode(codePage, units);
+    internal::LimitCpu(internal::CpuLevel::kAll);
+    ASSERT_EQ(Decode(codePage, text), decoded) << codePage << ' ' << Hex(text);
+    ASSERT_EQ(Encode(codePage, units), encoded) << codePage << ' ' << Hex(units);
+  }
+}
+
 TEST(Utf8, CarriesEveryCharacter) {
   std::u16string units;
   for (unsigned c = 0; c < 0x110000; ++c) {
@@ -384,9 +416,11 @@ TEST(Utf8, KernelsAgree) {
     std::string units = decoded.bytes;
     if (round % 3 == 0 && !units.empty()) units[random() % units.size()] = '\xD9';
     const Converted encoded = Encode(65001, units);
-    internal::LimitCpu(internal::CpuLevel::kAll);
-    ASSERT_EQ(Decode(65001, text), decoded) << Hex(text);
-    ASSERT_EQ(Encode(65001, units), encoded) << Hex(units);
+    for (const auto level : {internal::CpuLevel::kAvx2, internal::CpuLevel::kAll}) {
+      internal::LimitCpu(level);
+      ASSERT_EQ(Decode(65001, text), decoded) << Hex(text);
+      ASSERT_EQ(Encode(65001, units), encoded) << Hex(units);
+    }
   }
 }
 
