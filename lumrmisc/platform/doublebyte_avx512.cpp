@@ -24,9 +24,11 @@ LUMR_AVX512_INLINE __m512i Halves(__m512i low, __m512i high) {
                             _mm512_cvtepi32_epi16(high), 1);
 }
 
-LUMR_AVX512_INLINE __m512i LookUp32(const std::uint16_t* table, __m512i places) {
-  return Halves(LookUp16(table, _mm512_cvtepu16_epi32(_mm512_castsi512_si256(places))),
-                LookUp16(table, _mm512_cvtepu16_epi32(_mm512_extracti64x4_epi64(places, 1))));
+// 32 entries, of which the first count are wanted.
+LUMR_AVX512_INLINE __m512i LookUp32(const std::uint16_t* table, __m512i places, int count) {
+  const __m512i low = LookUp16(table, _mm512_cvtepu16_epi32(_mm512_castsi512_si256(places)));
+  if (count <= 16) return _mm512_zextsi256_si512(_mm512_cvtepi32_epi16(low));
+  return Halves(low, LookUp16(table, _mm512_cvtepu16_epi32(_mm512_extracti64x4_epi64(places, 1))));
 }
 
 LUMR_AVX512_INLINE __m512i EncodeSixteen(const EncodingTable& table, __m256i sixteen) {
@@ -39,7 +41,8 @@ LUMR_AVX512_INLINE __m512i EncodeSixteen(const EncodingTable& table, __m256i six
 
 // The values of 32 units other than those of isAscii. A look-up takes most of the time that there
 // is to take: where all units lie in the runs, one for each does.
-LUMR_AVX512_INLINE __m512i ValuesOf(const EncodingTable& table, __m512i units, __mmask32 isAscii) {
+LUMR_AVX512_INLINE __m512i ValuesOf(const EncodingTable& table, __m512i units, __mmask32 isAscii,
+                                    int count) {
   __mmask32 isInRun = isAscii;
   __m512i places = Units(0);
   for (const UnitRun& run : kCjkRuns) {
@@ -49,9 +52,10 @@ LUMR_AVX512_INLINE __m512i ValuesOf(const EncodingTable& table, __m512i units, _
     places =
         _mm512_mask_add_epi16(places, isHere, inRun, Units(table.index[run.first / kEncodeBlock]));
   }
-  if (table.hasRuns && isInRun == 0xFFFFFFFF) return LookUp32(table.codes, places);
-  return Halves(EncodeSixteen(table, _mm512_castsi512_si256(units)),
-                EncodeSixteen(table, _mm512_extracti64x4_epi64(units, 1)));
+  if (table.hasRuns && isInRun == 0xFFFFFFFF) return LookUp32(table.codes, places, count);
+  const __m512i low = EncodeSixteen(table, _mm512_castsi512_si256(units));
+  if (count <= 16) return _mm512_zextsi256_si512(_mm512_cvtepi32_epi16(low));
+  return Halves(low, EncodeSixteen(table, _mm512_extracti64x4_epi64(units, 1)));
 }
 
 // 32 characters, each of them a byte, or a lead byte and its trail.
@@ -63,7 +67,7 @@ struct Characters {
 
 // Gives their units and a bit for each that has none.
 LUMR_AVX512_INLINE __m512i UnitsOf(const std::uint16_t* cells, bool hasKatakana,
-                                   const Characters& c, std::uint32_t& bad) {
+                                   const Characters& c, int count, std::uint32_t& bad) {
   __m512i rows = _mm512_sub_epi16(c.first, Units(kFirstLead));
   if (hasKatakana) {
     const __mmask32 behind = _mm512_cmpge_epu16_mask(c.first, Units(0xE0));
@@ -73,7 +77,7 @@ LUMR_AVX512_INLINE __m512i UnitsOf(const std::uint16_t* cells, bool hasKatakana,
                                                 _mm512_sub_epi16(c.trails, Units(kFirstTrail)));
   // No trail so low: its place would be in the row before.
   const __mmask32 isLow = _mm512_mask_cmplt_epu16_mask(c.isPair, c.trails, Units(kFirstTrail));
-  const __m512i cell = LookUp32(cells, _mm512_mask_mov_epi16(places, isLow, Units(0)));
+  const __m512i cell = LookUp32(cells, _mm512_mask_mov_epi16(places, isLow, Units(0)), count);
   const __mmask32 isEscape =
       _mm512_cmpeq_epi16_mask(_mm512_and_si512(cell, Units(0xF800)), Units(0xD800));
   __m512i singles = c.first;
@@ -125,7 +129,7 @@ LUMR_AVX512 void DecodeDoubleByteAvx512(const std::uint16_t* cells, bool hasKata
     const Characters low = {_mm512_cvtepu8_epi16(_mm512_castsi512_si256(first)),
                             _mm512_cvtepu8_epi16(_mm512_castsi512_si256(trails)),
                             static_cast<std::uint32_t>(isPair)};
-    const __m512i lowUnits = UnitsOf(cells, hasKatakana, low, lowBad);
+    const __m512i lowUnits = UnitsOf(cells, hasKatakana, low, count, lowBad);
     _mm512_mask_storeu_epi16(out, FirstBits32(count), lowUnits);
     std::uint64_t bad = lowBad;
     if (count > 32) {
@@ -133,7 +137,7 @@ LUMR_AVX512 void DecodeDoubleByteAvx512(const std::uint16_t* cells, bool hasKata
       const Characters high = {_mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(first, 1)),
                                _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(trails, 1)),
                                static_cast<std::uint32_t>(isPair >> 32)};
-      const __m512i highUnits = UnitsOf(cells, hasKatakana, high, highBad);
+      const __m512i highUnits = UnitsOf(cells, hasKatakana, high, count - 32, highBad);
       _mm512_mask_storeu_epi16(out + 64, FirstBits32(count - 32), highUnits);
       bad |= std::uint64_t{highBad} << 32;
     }
@@ -164,7 +168,7 @@ LUMR_AVX512 void EncodeDoubleByteAvx512(const EncodingTable& table, const Byte*&
       out += count;
       continue;
     }
-    const __m512i looked = ValuesOf(table, units, isAscii);
+    const __m512i looked = ValuesOf(table, units, isAscii, count);
     const __m512i values = _mm512_mask_blend_epi16(isAscii, looked, units);
     const __mmask32 isPair = _mm512_movepi16_mask(values);  // the codes from kFirstPair on
     const __mmask32 isByte =
