@@ -1,5 +1,7 @@
 // Shift_JIS and EUC-JP.
+#include "lumrmisc/charset/japanese_avx512_internal.h"
 #include "lumrmisc/charset/japanese_kernel_internal.h"
+#include "lumrmisc/platform/cpu.h"
 
 namespace lumr {
 namespace {
@@ -64,8 +66,13 @@ struct EucDecoder {
   static void Fast(Work& w, Byte&) {
     const Byte* in = w.in;
     Byte* out = w.out;
+    const bool vectors = Cpu().avx512;
     for (;;) {
-      ConvertPairs<sse2::JisToSJis<0x80>>(kEucToSJis, 0, in, w.end, out);
+      if (vectors) {
+        EucToSJisAvx512(in, w.end, out);
+      } else {
+        ConvertPairs<sse2::JisToSJis<0x80>>(kEucToSJis, 0, in, w.end, out);
+      }
       if (in == w.end) break;
       if (*in < 0x80) {
         CopyPlain<false>(in, w.end, out);

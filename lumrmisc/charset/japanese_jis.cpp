@@ -1,7 +1,9 @@
 // Shift_JIS and ISO-2022-JP.
 #include <algorithm>
 
+#include "lumrmisc/charset/japanese_avx512_internal.h"
 #include "lumrmisc/charset/japanese_kernel_internal.h"
+#include "lumrmisc/platform/cpu.h"
 
 namespace lumr {
 namespace {
@@ -97,6 +99,7 @@ struct JisDecoder {
 
   static void Fast(Work& w, Byte& state) {
     const Byte* in = w.in;
+    const bool vectors = Cpu().avx512;
     Byte* out = w.out;
     while (in < w.end) {
       if (*in == kEscape) {
@@ -109,7 +112,11 @@ struct JisDecoder {
         CopyPlain<true>(in, w.end, out);
       } else {
         const Byte* const begin = in;
-        if (state == kKanji) ConvertPairs<sse2::JisToSJis<0>>(kJisToSJis, 0, in, w.end, out);
+        if (state == kKanji && vectors) {
+          JisToSJisAvx512(in, w.end, out);
+        } else if (state == kKanji) {
+          ConvertPairs<sse2::JisToSJis<0>>(kJisToSJis, 0, in, w.end, out);
+        }
         if (in == begin) break;
       }
     }

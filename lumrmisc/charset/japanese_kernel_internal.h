@@ -10,10 +10,12 @@
 #include <cstring>
 #include <string_view>
 
+#include "lumrmisc/charset/japanese_avx512_internal.h"
 #include "lumrmisc/charset/japanese_pairs_internal.h"
 #include "lumrmisc/charset/japanese_sse2_internal.h"
 #include "lumrmisc/charset/wordscan_internal.h"
 #include "lumrmisc/platform/conversion_report.h"
+#include "lumrmisc/platform/cpu.h"
 
 namespace lumr {
 
@@ -91,6 +93,10 @@ void CopyPlain(const Byte*& in, const Byte* end, Byte*& out) {
     in += length;
     out += length;
     if (marks != 0) return;
+    // Behind eight such bytes there are often many more.
+    if (end - in >= 64 && Cpu().avx512) {
+      if (CopyPlainAvx512(kWithControls, in, end, out)) return;
+    }
   }
   while (in < end && *in < 0x80 && !(kWithControls && IsControl(*in))) *out++ = *in++;
 }

@@ -6,10 +6,12 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <vector>
 
 #include "charset/japanese_text.h"
 #include "lumrmisc/platform/codepage.h"
+#include "lumrmisc/platform/cpu_internal.h"
 #include "lumrmisc/platform/mbcs.h"
 
 namespace lumr {
@@ -205,6 +207,32 @@ TEST(JapaneseConversions, PairsInARowAreThoseAlone) {
       }
       ASSERT_NO_FATAL_FAILURE(ExpectSameInPieces(conversion, text, ~0u));
     }
+  }
+}
+
+// Texts of few kinds of pieces: some are whole vectors of pairs, others break off at every place.
+TEST(JapaneseConversions, KernelsAgree) {
+  constexpr unsigned kSeed = 77;
+  constexpr std::string_view kPieces[] = {
+      "\xA4\xA2", "a",      "0123456789abcdef", "\x82\xA0", "\xB0\xA1\xCC\xE3",
+      "\x88\x9F", "\x1B$B", "\x30\x21",         "\x24\x22", "\x1B(B",
+      "\x8E\xB1", "\xB1",   "\x8F\xA2\xAF",     "\xEF\xFC", "\xFE\xFE",
+      "\x7E\x7E", "\r\n",   "\xA1\x20",         "\xFF",     "\x80"};
+  std::mt19937 random(kSeed);
+  for (int round = 0; round < 20000; ++round) {
+    const JapaneseConversion conversion = kConversions[random() % 4];
+    const std::size_t pieces = 1 + random() % std::size(kPieces);
+    std::string text = conversion == kJisToSJis ? "\x1B$B" : "";
+    for (const std::size_t size = random() % 300; text.size() < size;) {
+      text += kPieces[random() % 40 == 0 ? random() % std::size(kPieces) : random() % pieces];
+    }
+    CConversionReport plainReport;
+    CConversionReport report;
+    internal::LimitCpu(internal::CpuLevel::kPortable);
+    const std::string plain = Converted(conversion, text, &plainReport);
+    internal::LimitCpu(internal::CpuLevel::kAll);
+    ASSERT_EQ(Hex(Converted(conversion, text, &report)), Hex(plain)) << Hex(text);
+    ASSERT_EQ(LossText(report), LossText(plainReport)) << Hex(text);
   }
 }
 
