@@ -61,6 +61,13 @@ class Base64Encoder {
  private:
   char* WriteGroups(const char* in, std::size_t groups, char* out) {
     if (lineLength_ == 0) return EncodeGroups(kPairs, in, groups, out);
+    if (column_ == 0 && lineLength_ % 4 == 0 && Cpu().avx512) {
+      const std::size_t perLine = lineLength_ / 4;
+      const std::size_t lines = groups / perLine;
+      out = EncodeLinesAvx512(kPairs, in, lines, perLine, out);
+      in += 3 * perLine * lines;
+      groups -= perLine * lines;
+    }
     while (groups > 0) {
       const std::size_t fitting = std::min((lineLength_ - column_) / 4, groups);
       if (fitting == 0) {
@@ -132,6 +139,7 @@ std::uint32_t DecodeGroup(const char* in) {
 
 // Decodes whole groups up to the first one that holds anything outside the alphabet.
 void DecodeGroups(const char*& in, const char* end, char*& out) {
+  if (end - in >= 32 && Cpu().avx512) DecodeGroupsAvx512(kValues, in, end, out);
   // The store of eight bytes for six needs room that the group after the next two guarantees.
   while (end - in >= 12) {
     const std::uint32_t first = DecodeGroup(in);

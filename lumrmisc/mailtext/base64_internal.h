@@ -8,15 +8,14 @@
 #include <cstring>
 #include <string_view>
 
+#include "lumrmisc/mailtext/sixbit_avx512_internal.h"
 #include "lumrmisc/mailtext/transfer_internal.h"
+#include "lumrmisc/platform/cpu.h"
 
 namespace lumr::transfer {
 
 inline constexpr std::string_view kBase64Alphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-
-// The two characters of each 12-bit value, the first one in the low byte.
-using PairTable = std::array<std::uint16_t, 4096>;
 
 constexpr PairTable MakePairs(std::string_view alphabet) {
   PairTable pairs{};
@@ -29,8 +28,8 @@ constexpr PairTable MakePairs(std::string_view alphabet) {
 }
 
 // The value of each byte in the alphabet; -1 outside.
-constexpr auto MakeValues(std::string_view alphabet) {
-  std::array<std::int8_t, 256> values{};
+constexpr ValueTable MakeValues(std::string_view alphabet) {
+  ValueTable values{};
   values.fill(-1);
   for (std::size_t v = 0; v < alphabet.size(); ++v) {
     values[static_cast<unsigned char>(alphabet[v])] = static_cast<std::int8_t>(v);
@@ -40,6 +39,7 @@ constexpr auto MakeValues(std::string_view alphabet) {
 
 // Encodes whole groups; gives the end of the output, four characters a group.
 inline char* EncodeGroups(const PairTable& pairs, const char* in, std::size_t groups, char* out) {
+  if (groups >= 8 && Cpu().avx512) return EncodeGroupsAvx512(pairs, in, groups, out);
   // Two groups a step. Eight bytes are loaded and six used, so the last ones go singly.
   for (; groups > 2; groups -= 2, in += 6, out += 8) {
     const std::uint64_t bits = LoadBig64(in);

@@ -10,6 +10,7 @@
 // Cores may use all of the room before they know how much they need.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -38,6 +39,12 @@ inline bool IsBlank(char c) {
 }
 inline bool IsLineBreak(char c) {
   return c == '\r' || c == '\n';
+}
+
+// Names and labels of mail: ASCII case does not count.
+inline bool EqualNoCase(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return AsciiLower(x) == AsciiLower(y); });
 }
 
 // ---- Hexadecimal ----

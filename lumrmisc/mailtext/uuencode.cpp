@@ -17,11 +17,6 @@ constexpr PairTable kUuPairs = MakePairs(kUuAlphabet);
 constexpr std::size_t kLineBytes = 45;
 constexpr std::string_view kTail = "`\r\nend\r\n";
 
-bool EqualNoCase(std::string_view text, std::string_view lower) {
-  return std::equal(text.begin(), text.end(), lower.begin(), lower.end(),
-                    [](char a, char b) { return AsciiLower(a) == b; });
-}
-
 std::string_view Trimmed(std::string_view text) {
   while (!text.empty() && IsAsciiSpace(text.front())) text.remove_prefix(1);
   while (!text.empty() && IsAsciiSpace(text.back())) text.remove_suffix(1);
@@ -121,6 +116,7 @@ std::uint64_t PackSixBits(std::uint64_t big) {
 
 // Writes count bytes of what the characters spell; missing characters count as 0.
 char* DecodeLine(std::string_view chars, std::size_t count, char* out) {
+  if (Cpu().avx512) return DecodeSixBitsAvx512(chars.data(), chars.size(), count, out);
   // Eight bytes are stored for six, so the last ones go through a block of their own.
   for (; count >= 8 && chars.size() >= 8; count -= 6, chars.remove_prefix(8)) {
     StoreBig64(out, PackSixBits(LoadBig64(chars.data())) << 16);

@@ -1,4 +1,5 @@
 #include "lumrmisc/mailtext/transfercoder.h"
+#include "lumrmisc/platform/cpu_internal.h"
 
 #include <gtest/gtest.h>
 
@@ -274,6 +275,7 @@ TEST(TransferCoder, AgreesWithTheSlowRules) {
     const std::string text = RandomText(random, random() % 300, alphabet);
     SCOPED_TRACE("seed " + std::to_string(kSeed) + ", round " + std::to_string(round) + ": " +
                  text);
+    internal::LimitCpu(round % 4 == 0 ? internal::CpuLevel::kPortable : internal::CpuLevel::kAll);
     const std::size_t lineLength = random() % 80;
     ASSERT_EQ(Base64(text, static_cast<int>(lineLength)), SlowBase64(text, lineLength));
     ASSERT_EQ(DecodeWhole(kB64, text), SlowDecodeBase64(text));
@@ -287,6 +289,32 @@ TEST(TransferCoder, AgreesWithTheSlowRules) {
       ASSERT_EQ(RunCoder(MakeTransferDecoder(encoding, false), text, cuts).text,
                 DecodeWhole(encoding, text));
     }
+  }
+  internal::LimitCpu(internal::CpuLevel::kAll);
+}
+
+// Long runs with a fault now and then, in every encoding that has more than one kernel.
+TEST(TransferCoder, KernelsAgree) {
+  constexpr unsigned kSeed = 4711;
+  constexpr TransferEncoding kEncodings[] = {kB64, kQp, TransferEncoding::kUuencode,
+                                             TransferEncoding::kImapUtf7};
+  std::mt19937 random(kSeed);
+  for (int round = 0; round < 4000; ++round) {
+    const TransferEncoding encoding = kEncodings[random() % std::size(kEncodings)];
+    const std::string_view alphabet = random() % 2 != 0 ? "" : "ab\r\n\0\0\x42\x30"sv;
+    const std::string data = RandomText(random, random() % 400, alphabet);
+    internal::LimitCpu(internal::CpuLevel::kPortable);
+    const Coded plain = RunCoder(MakeTransferEncoder(encoding, {}), data, {});
+    std::string text = plain.text;
+    if (round % 2 != 0 && !text.empty()) text[random() % text.size()] = static_cast<char>(random());
+    const Coded strict = RunCoder(MakeTransferDecoder(encoding, false), text, {});
+    const Coded lenient = RunCoder(MakeTransferDecoder(encoding, true), text, {});
+    internal::LimitCpu(internal::CpuLevel::kAll);
+    SCOPED_TRACE("seed " + std::to_string(kSeed) + ", round " + std::to_string(round) + ": " +
+                 text);
+    ASSERT_EQ(RunCoder(MakeTransferEncoder(encoding, {}), data, {}), plain);
+    ASSERT_EQ(RunCoder(MakeTransferDecoder(encoding, false), text, {}), strict);
+    ASSERT_EQ(RunCoder(MakeTransferDecoder(encoding, true), text, {}), lenient);
   }
 }
 

@@ -1,0 +1,154 @@
+#include "lumrmisc/mailtext/sixbit_avx512_internal.h"
+
+#if defined(__x86_64__)
+
+#include <algorithm>
+#include <bit>
+
+#include "lumrmisc/mailtext/transfer_internal.h"
+#include "lumrmisc/platform/avx512_internal.h"
+
+namespace lumr::transfer {
+namespace {
+
+using namespace avx512;
+
+constexpr std::size_t kGroups = 16;  // of a vector
+
+// The places of the three bytes 0, 1, 2 of each group in a lane of four: the six bits of a
+// character never cross the two bytes of the lane that hold them.
+alignas(64) constexpr auto kSpread = [] {
+  std::array<unsigned char, 64> places{};
+  for (unsigned i = 0; i < 64; ++i) {
+    constexpr unsigned kOrder[] = {1, 0, 2, 1};
+    places[i] = static_cast<unsigned char>(i / 4 * 3 + kOrder[i % 4]);
+  }
+  return places;
+}();
+
+// The bytes 2, 1, 0 of each lane of four, one group behind the other.
+alignas(64) constexpr auto kGather = [] {
+  std::array<unsigned char, 64> places{};
+  for (unsigned i = 0; i < 48; ++i) places[i] = static_cast<unsigned char>(i / 3 * 4 + 2 - i % 3);
+  return places;
+}();
+
+// The second characters of the first 64 pairs are the alphabet.
+LUMR_AVX512_INLINE __m512i AlphabetOf(const PairTable& pairs) {
+  const __m512i low = _mm512_srli_epi16(_mm512_loadu_si512(pairs.data()), 8);
+  const __m512i high = _mm512_srli_epi16(_mm512_loadu_si512(pairs.data() + 32), 8);
+  return _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtepi16_epi8(low)),
+                            _mm512_cvtepi16_epi8(high), 1);
+}
+
+// The 64 characters of 48 bytes.
+LUMR_AVX512_INLINE __m512i Characters(__m512i alphabet, __m512i bytes) {
+  const __m512i spread = _mm512_permutexvar_epi8(_mm512_load_si512(kSpread.data()), bytes);
+  const __m512i shifts = _mm512_set1_epi64(0x3036242A1016040A);
+  return _mm512_permutexvar_epi8(_mm512_multishift_epi64_epi8(shifts, spread), alphabet);
+}
+
+LUMR_AVX512_INLINE void EncodeSome(__m512i alphabet, const char* in, std::size_t groups,
+                                   char* out) {
+  const auto count = static_cast<std::ptrdiff_t>(groups);
+  const __m512i bytes = _mm512_maskz_loadu_epi8(FirstBits(3 * count), in);
+  _mm512_mask_storeu_epi8(out, FirstBits(4 * count), Characters(alphabet, bytes));
+}
+
+// The last vector may overlap the one before it, which is cheaper than another one of few groups.
+LUMR_AVX512_INLINE void EncodeAll(__m512i alphabet, const char* in, std::size_t groups, char* out) {
+  if (groups < kGroups) return EncodeSome(alphabet, in, groups, out);
+  for (std::size_t i = 0; i + kGroups <= groups; i += kGroups) {
+    EncodeSome(alphabet, in + 3 * i, kGroups, out + 4 * i);
+  }
+  if (groups % kGroups != 0) {
+    EncodeSome(alphabet, in + 3 * (groups - kGroups), kGroups, out + 4 * (groups - kGroups));
+  }
+}
+
+// The 48 bytes of 64 values of six bits.
+LUMR_AVX512_INLINE __m512i BytesOf(__m512i values) {
+  const __m512i pairs = _mm512_maddubs_epi16(values, _mm512_set1_epi32(0x01400140));
+  const __m512i lanes = _mm512_madd_epi16(pairs, _mm512_set1_epi32(0x00011000));
+  return _mm512_permutexvar_epi8(_mm512_load_si512(kGather.data()), lanes);
+}
+
+}  // namespace
+
+LUMR_AVX512 char* EncodeGroupsAvx512(const PairTable& pairs, const char* in, std::size_t groups,
+                                     char* out) {
+  EncodeAll(AlphabetOf(pairs), in, groups, out);
+  return out + 4 * groups;
+}
+
+LUMR_AVX512 char* EncodeLinesAvx512(const PairTable& pairs, const char* in, std::size_t lines,
+                                    std::size_t groupsPerLine, char* out) {
+  const __m512i alphabet = AlphabetOf(pairs);
+  for (; lines > 0; --lines, in += 3 * groupsPerLine) {
+    EncodeAll(alphabet, in, groupsPerLine, out);
+    out += 4 * groupsPerLine;
+    *out++ = '\r';
+    *out++ = '\n';
+  }
+  return out;
+}
+
+LUMR_AVX512 void DecodeGroupsAvx512(const ValueTable& values, const char*& in, const char* end,
+                                    char*& out) {
+  const __m512i low = _mm512_loadu_si512(values.data());
+  const __m512i high = _mm512_loadu_si512(values.data() + 64);
+  while (end - in >= 4) {
+    const std::uint64_t here = FirstBits(end - in);
+    const __m512i text = _mm512_maskz_loadu_epi8(here, in);
+    const __m512i found = _mm512_permutex2var_epi8(low, text, high);
+    const std::uint64_t outside = _mm512_movepi8_mask(_mm512_or_si512(found, text)) | ~here;
+    const int good = std::countr_zero(outside);  // 64 when there is none
+    const int taken = good & ~3;
+    if (taken == 0) return;
+    _mm512_mask_storeu_epi8(out, FirstBits(taken / 4 * 3), BytesOf(found));
+    in += taken;
+    out += taken / 4 * 3;
+    if (good == 64) continue;
+    if (taken != good) return;
+    while (in != end && (IsBlank(*in) || IsLineBreak(*in))) ++in;
+  }
+}
+
+LUMR_AVX512 char* DecodeSixBitsAvx512(const char* in, std::size_t size, std::size_t count,
+                                      char* out) {
+  while (count > 0) {
+    const std::size_t chars = std::min<std::size_t>(size, 64);
+    const std::size_t bytes = std::min<std::size_t>(count, 48);
+    const std::uint64_t here = FirstBits(static_cast<std::ptrdiff_t>(chars));
+    const __m512i text = _mm512_maskz_loadu_epi8(here, in);
+    const __m512i moved = _mm512_xor_si512(text, _mm512_maskz_mov_epi8(here, Bytes(0x20)));
+    _mm512_mask_storeu_epi8(out, FirstBits(static_cast<std::ptrdiff_t>(bytes)),
+                            BytesOf(_mm512_and_si512(moved, Bytes(0x3F))));
+    in += chars;
+    size -= chars;
+    out += bytes;
+    count -= bytes;
+  }
+  return out;
+}
+
+}  // namespace lumr::transfer
+
+#else
+
+namespace lumr::transfer {
+
+char* EncodeGroupsAvx512(const PairTable&, const char*, std::size_t, char* out) {
+  return out;
+}
+char* EncodeLinesAvx512(const PairTable&, const char*, std::size_t, std::size_t, char* out) {
+  return out;
+}
+void DecodeGroupsAvx512(const ValueTable&, const char*&, const char*, char*&) {}
+char* DecodeSixBitsAvx512(const char*, std::size_t, std::size_t, char* out) {
+  return out;
+}
+
+}  // namespace lumr::transfer
+
+#endif
