@@ -5,6 +5,7 @@
 #include "lumrmisc/mailtext/quotedprintable_internal.h"
 #include "lumrmisc/mailtext/transfer.h"
 #include "lumrmisc/mailtext/transfer_internal.h"
+#include "lumrmisc/platform/cpu.h"
 
 namespace lumr {
 namespace transfer {
@@ -119,6 +120,11 @@ class QuotedPrintableEncoder {
 
   // A few bytes of dense text, each by its row.
   char* WritePieces(const char*& p, const char* end, char* out) {
+    if (vectors_) {
+      const char* const begin = p;
+      out = EncodeDenseAvx512(p, end, kLineLength, column_, out);
+      if (p != begin) return out;
+    }
     constexpr std::ptrdiff_t kFew = 16;
     for (const char* const stop = p + std::min(end - p, kFew); p < stop; ++p) {
       const auto c = static_cast<unsigned char>(*p);
@@ -174,6 +180,7 @@ class QuotedPrintableEncoder {
   }
 
   bool textMode_;
+  bool vectors_ = Cpu().avx512;
   std::size_t column_ = 0;
   char held_ = '\0';  // a space, tab or CR whose next byte is not known yet
 };
