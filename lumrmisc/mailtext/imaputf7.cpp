@@ -11,6 +11,7 @@ namespace {
 constexpr std::string_view kImapAlphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+,";
 constexpr auto kImapValues = MakeValues(kImapAlphabet);
+constexpr PairTable kImapPairs = MakePairs(kImapAlphabet);
 
 // Units to modified Base64, six bits as soon as they are there.
 class UnitEncoder {
@@ -83,7 +84,12 @@ class ImapUtf7Encoder {
       hasOddByte_ = false;
       out = WriteUnit(LoadUnit(pair), out);
     }
-    for (; in.size() >= 2; in.remove_prefix(2)) out = WriteUnit(LoadUnit(in.data()), out);
+    while (in.size() >= 2) {
+      if (vectors_ && !inRun_) out = WriteVectors(in, out);
+      if (in.size() < 2) break;
+      out = WriteUnit(LoadUnit(in.data()), out);
+      in.remove_prefix(2);
+    }
     if (!in.empty()) {
       hasOddByte_ = true;
       oddByte_ = in.front();
@@ -96,6 +102,22 @@ class ImapUtf7Encoder {
 
  private:
   static constexpr std::size_t kRunEnd = 2;  // the last bits and "-"
+
+  // Plain units and whole runs, up to an "&" or to a run that the text may go on with.
+  static char* WriteVectors(std::string_view& in, char* out) {
+    while (in.size() >= 2) {
+      const std::size_t plain = CopyPlainUnitsAvx512(in.data(), in.size() / 2, out);
+      in.remove_prefix(2 * plain);
+      out += plain;
+      const std::size_t run = CountOtherUnitsAvx512(in.data(), in.size() / 2);
+      if (run == 0 || run == in.size() / 2) break;
+      *out++ = '&';
+      out = EncodeUnitsAvx512(kImapPairs, in.data(), run, out);
+      *out++ = '-';
+      in.remove_prefix(2 * run);
+    }
+    return out;
+  }
 
   char* WriteUnit(char16_t unit, char* out) {
     if (!IsPlain(unit)) {
@@ -117,6 +139,7 @@ class ImapUtf7Encoder {
   }
 
   UnitEncoder run_;
+  bool vectors_ = Cpu().avx512;
   bool inRun_ = false;
   bool hasOddByte_ = false;
   char oddByte_ = 0;
@@ -128,7 +151,23 @@ class ImapUtf7Decoder {
   std::size_t MaxOutput(std::size_t n) const { return 2 * n; }
 
   char* Write(std::string_view in, char* out) {
-    for (const char c : in) out = WriteChar(c, out);
+    const char* p = in.data();
+    const char* const end = p + in.size();
+    while (p != end) {
+      if (vectors_ && state_ == State::kPlain) {
+        const std::size_t plain =
+            WidenUntilAvx512('&', p, static_cast<std::size_t>(end - p), out, wellFormed_);
+        p += plain;
+        out += 2 * plain;
+        if (p == end) break;
+      }
+      out = WriteChar(*p++, out);
+      if (vectors_ && state_ == State::kAmpersand && p != end && ImapValue(*p) >= 0) {
+        state_ = State::kRun;
+        run_ = UnitDecoder();
+        DecodeUnitsAvx512(kImapValues, p, end, out);
+      }
+    }
     return out;
   }
 
@@ -175,6 +214,7 @@ class ImapUtf7Decoder {
   }
 
   UnitDecoder run_;
+  bool vectors_ = Cpu().avx512;
   State state_ = State::kPlain;
   bool wellFormed_ = true;
 };

@@ -15,23 +15,34 @@ using namespace avx512;
 
 constexpr std::size_t kGroups = 16;  // of a vector
 
+using PlaceTable = std::array<unsigned char, 64>;
+
 // The places of the three bytes 0, 1, 2 of each group in a lane of four: the six bits of a
-// character never cross the two bytes of the lane that hold them.
-alignas(64) constexpr auto kSpread = [] {
-  std::array<unsigned char, 64> places{};
+// character never cross the two bytes of the lane that hold them. Swapped, the bytes are those of
+// little-endian units.
+constexpr PlaceTable MakeSpread(unsigned swap) {
+  PlaceTable places{};
   for (unsigned i = 0; i < 64; ++i) {
     constexpr unsigned kOrder[] = {1, 0, 2, 1};
-    places[i] = static_cast<unsigned char>(i / 4 * 3 + kOrder[i % 4]);
+    places[i] = static_cast<unsigned char>((i / 4 * 3 + kOrder[i % 4]) ^ swap);
   }
   return places;
-}();
+}
 
 // The bytes 2, 1, 0 of each lane of four, one group behind the other.
-alignas(64) constexpr auto kGather = [] {
-  std::array<unsigned char, 64> places{};
-  for (unsigned i = 0; i < 48; ++i) places[i] = static_cast<unsigned char>(i / 3 * 4 + 2 - i % 3);
+constexpr PlaceTable MakeGather(unsigned swap) {
+  PlaceTable places{};
+  for (unsigned i = 0; i < 48; ++i) {
+    const unsigned from = i ^ swap;
+    places[i] = static_cast<unsigned char>(from / 3 * 4 + 2 - from % 3);
+  }
   return places;
-}();
+}
+
+alignas(64) constexpr PlaceTable kSpread = MakeSpread(0);
+alignas(64) constexpr PlaceTable kSpreadUnits = MakeSpread(1);
+alignas(64) constexpr PlaceTable kGather = MakeGather(0);
+alignas(64) constexpr PlaceTable kGatherUnits = MakeGather(1);
 
 // The second characters of the first 64 pairs are the alphabet.
 LUMR_AVX512_INLINE __m512i AlphabetOf(const PairTable& pairs) {
@@ -42,8 +53,9 @@ LUMR_AVX512_INLINE __m512i AlphabetOf(const PairTable& pairs) {
 }
 
 // The 64 characters of 48 bytes.
-LUMR_AVX512_INLINE __m512i Characters(__m512i alphabet, __m512i bytes) {
-  const __m512i spread = _mm512_permutexvar_epi8(_mm512_load_si512(kSpread.data()), bytes);
+LUMR_AVX512_INLINE __m512i Characters(__m512i alphabet, __m512i bytes,
+                                      const PlaceTable& places = kSpread) {
+  const __m512i spread = _mm512_permutexvar_epi8(_mm512_load_si512(places.data()), bytes);
   const __m512i shifts = _mm512_set1_epi64(0x3036242A1016040A);
   return _mm512_permutexvar_epi8(_mm512_multishift_epi64_epi8(shifts, spread), alphabet);
 }
@@ -67,10 +79,10 @@ LUMR_AVX512_INLINE void EncodeAll(__m512i alphabet, const char* in, std::size_t 
 }
 
 // The 48 bytes of 64 values of six bits.
-LUMR_AVX512_INLINE __m512i BytesOf(__m512i values) {
+LUMR_AVX512_INLINE __m512i BytesOf(__m512i values, const PlaceTable& places = kGather) {
   const __m512i pairs = _mm512_maddubs_epi16(values, _mm512_set1_epi32(0x01400140));
   const __m512i lanes = _mm512_madd_epi16(pairs, _mm512_set1_epi32(0x00011000));
-  return _mm512_permutexvar_epi8(_mm512_load_si512(kGather.data()), lanes);
+  return _mm512_permutexvar_epi8(_mm512_load_si512(places.data()), lanes);
 }
 
 }  // namespace
@@ -114,6 +126,78 @@ LUMR_AVX512 void DecodeGroupsAvx512(const ValueTable& values, const char*& in, c
   }
 }
 
+LUMR_AVX512 char* EncodeUnitsAvx512(const PairTable& pairs, const char* in, std::size_t units,
+                                    char* out) {
+  const __m512i alphabet = AlphabetOf(pairs);
+  while (units > 0) {
+    const auto taken = static_cast<std::ptrdiff_t>(std::min<std::size_t>(units, 24));
+    const std::ptrdiff_t characters = (taken * 16 + 5) / 6;
+    const __m512i bytes = _mm512_maskz_loadu_epi8(FirstBits(2 * taken), in);
+    _mm512_mask_storeu_epi8(out, FirstBits(characters), Characters(alphabet, bytes, kSpreadUnits));
+    in += 2 * taken;
+    out += characters;
+    units -= static_cast<std::size_t>(taken);
+  }
+  return out;
+}
+
+LUMR_AVX512 void DecodeUnitsAvx512(const ValueTable& values, const char*& in, const char* end,
+                                   char*& out) {
+  const __m512i low = _mm512_loadu_si512(values.data());
+  const __m512i high = _mm512_loadu_si512(values.data() + 64);
+  while (end - in >= 8) {
+    const std::uint64_t here = FirstBits(end - in);
+    const __m512i text = _mm512_maskz_loadu_epi8(here, in);
+    const __m512i found = _mm512_permutex2var_epi8(low, text, high);
+    const std::uint64_t outside = _mm512_movepi8_mask(_mm512_or_si512(found, text)) | ~here;
+    const int taken = std::countr_zero(outside) & ~7;
+    _mm512_mask_storeu_epi8(out, FirstBits(taken / 8 * 6), BytesOf(found, kGatherUnits));
+    in += taken;
+    out += taken / 8 * 6;
+    if (taken < 64) return;
+  }
+}
+
+LUMR_AVX512 std::size_t CopyPlainUnitsAvx512(const char* in, std::size_t units, char* out) {
+  for (std::size_t i = 0; i < units; i += 32) {
+    const std::uint32_t here = FirstBits32(static_cast<std::ptrdiff_t>(units - i));
+    const __m512i block = _mm512_maskz_loadu_epi16(here, in + 2 * i);
+    const __mmask32 visible =
+        _mm512_cmple_epu16_mask(_mm512_sub_epi16(block, Units(0x20)), Units(0x7E - 0x20));
+    const __mmask32 plain = _mm512_mask_cmpneq_epi16_mask(visible, block, Units('&'));
+    _mm256_mask_storeu_epi8(out + i, here, _mm512_cvtepi16_epi8(block));
+    const int count = std::countr_one(plain & here);
+    if (count < 32) return i + static_cast<std::size_t>(count);
+  }
+  return units;
+}
+
+LUMR_AVX512 std::size_t CountOtherUnitsAvx512(const char* in, std::size_t units) {
+  for (std::size_t i = 0; i < units; i += 32) {
+    const std::uint32_t here = FirstBits32(static_cast<std::ptrdiff_t>(units - i));
+    const __m512i block = _mm512_maskz_loadu_epi16(here, in + 2 * i);
+    const __mmask32 others =
+        _mm512_cmpgt_epu16_mask(_mm512_sub_epi16(block, Units(0x20)), Units(0x7E - 0x20));
+    const int count = std::countr_one(others & here);
+    if (count < 32) return i + static_cast<std::size_t>(count);
+  }
+  return units;
+}
+
+LUMR_AVX512 std::size_t WidenUntilAvx512(char stop, const char* in, std::size_t size, char* out,
+                                         bool& isAscii) {
+  for (std::size_t i = 0; i < size; i += 64) {
+    const auto left = static_cast<std::ptrdiff_t>(std::min<std::size_t>(size - i, 64));
+    const __m512i text = _mm512_maskz_loadu_epi8(FirstBits(left), in + i);
+    const std::uint64_t stops = _mm512_cmpeq_epi8_mask(text, Bytes(stop));
+    const std::ptrdiff_t count = std::min<std::ptrdiff_t>(left, std::countr_zero(stops));
+    if ((_mm512_movepi8_mask(text) & FirstBits(count)) != 0) isAscii = false;
+    StoreWidened(text, count, out + 2 * i);
+    if (count < 64) return i + static_cast<std::size_t>(count);
+  }
+  return size;
+}
+
 LUMR_AVX512 char* DecodeSixBitsAvx512(const char* in, std::size_t size, std::size_t count,
                                       char* out) {
   while (count > 0) {
@@ -147,6 +231,19 @@ char* EncodeLinesAvx512(const PairTable&, const char*, std::size_t, std::size_t,
 void DecodeGroupsAvx512(const ValueTable&, const char*&, const char*, char*&) {}
 char* DecodeSixBitsAvx512(const char*, std::size_t, std::size_t, char* out) {
   return out;
+}
+char* EncodeUnitsAvx512(const PairTable&, const char*, std::size_t, char* out) {
+  return out;
+}
+void DecodeUnitsAvx512(const ValueTable&, const char*&, const char*, char*&) {}
+std::size_t CopyPlainUnitsAvx512(const char*, std::size_t, char*) {
+  return 0;
+}
+std::size_t CountOtherUnitsAvx512(const char*, std::size_t) {
+  return 0;
+}
+std::size_t WidenUntilAvx512(char, const char*, std::size_t, char*, bool&) {
+  return 0;
 }
 
 }  // namespace lumr::transfer

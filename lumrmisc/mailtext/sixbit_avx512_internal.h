@@ -29,4 +29,25 @@ void DecodeGroupsAvx512(const ValueTable& values, const char*& in, const char* e
 // bytes, zeros where there are no more characters.
 char* DecodeSixBitsAvx512(const char* in, std::size_t size, std::size_t count, char* out);
 
+// ---- Modified UTF-7 ----
+
+// Writes the characters of so many little-endian units, the last one filled up with zero bits;
+// gives their end.
+char* EncodeUnitsAvx512(const PairTable& pairs, const char* in, std::size_t units, char* out);
+
+// Decodes whole groups of eight characters, which are three units, up to the first one that holds
+// anything outside the alphabet.
+void DecodeUnitsAvx512(const ValueTable& values, const char*& in, const char* end, char*& out);
+
+// Narrows the printable units of ASCII, "&" excepted, that in begins with, and gives their number.
+// out has room for a byte for each of the units.
+std::size_t CopyPlainUnitsAvx512(const char* in, std::size_t units, char* out);
+
+// The number of units at the start of in that are not printable ASCII.
+std::size_t CountOtherUnitsAvx512(const char* in, std::size_t units);
+
+// Widens the bytes before the first that is stop, and gives their number; clears isAscii where one
+// of them is above 7F.
+std::size_t WidenUntilAvx512(char stop, const char* in, std::size_t size, char* out, bool& isAscii);
+
 }  // namespace lumr::transfer
