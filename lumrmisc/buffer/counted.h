@@ -5,6 +5,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "lumrmisc/platform/types.h"
@@ -32,6 +34,30 @@ inline std::string_view CountedUnits(const void* text, int length = -1) {
   const std::size_t units = length < 0 ? UnitLength(text) : static_cast<std::size_t>(length);
   return {static_cast<const char*>(text), units * sizeof(char16_t)};
 }
+
+// Wide text for code that works on a view: where it stands at an odd address, a copy of it. The
+// view is good as long as the object and the text live.
+class EvenUnits {
+ public:
+  explicit EvenUnits(const char16_t* text, int length = -1) {
+    const std::string_view bytes = CountedUnits(text, length);
+    if (reinterpret_cast<std::uintptr_t>(bytes.data()) % alignof(char16_t) == 0) {
+      view_ = {text, bytes.size() / sizeof(char16_t)};
+      return;
+    }
+    copy_.resize(bytes.size() / sizeof(char16_t));
+    std::memcpy(copy_.data(), bytes.data(), bytes.size());
+    view_ = copy_;
+  }
+  EvenUnits(const EvenUnits&) = delete;
+  EvenUnits& operator=(const EvenUnits&) = delete;
+
+  operator std::u16string_view() const { return view_; }
+
+ private:
+  CStringW copy_;
+  std::u16string_view view_;
+};
 
 // The bytes of a wide view.
 inline std::string_view BytesOf(std::u16string_view text) {
