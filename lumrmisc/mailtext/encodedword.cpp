@@ -34,9 +34,14 @@ std::size_t EncodedSize(std::string_view text, bool isBase64) {
 }  // namespace
 
 std::size_t EncodedWordScanner::Cursor::At(std::string_view text, std::size_t from) {
-  if (!searched_ || found_ < from) found_ = std::min(text.find(sought_, from), text.size());
+  if (searched_ && found_ >= from) return found_;
   searched_ = true;
-  return found_;
+  // Words are short, and a general search would cost more than it finds.
+  for (found_ = text.find(first_, from); found_ + 1 < text.size();
+       found_ = text.find(first_, found_ + 1)) {
+    if (text[found_ + 1] == second_) return found_;
+  }
+  return found_ = text.size();
 }
 
 bool EncodedWordScanner::Next(EncodedWord& word, std::size_t& begin, std::size_t& end) {

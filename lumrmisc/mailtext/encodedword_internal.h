@@ -28,14 +28,15 @@ class EncodedWordScanner {
   bool Next(EncodedWord& word, std::size_t& begin, std::size_t& end);
 
  private:
-  // A search for one string that never looks at a place twice.
+  // A search for two characters that never looks at a place twice.
   class Cursor {
    public:
-    explicit Cursor(std::string_view sought) : sought_(sought) {}
+    Cursor(char first, char second) : first_(first), second_(second) {}
     std::size_t At(std::string_view text, std::size_t from);
 
    private:
-    std::string_view sought_;
+    char first_;
+    char second_;
     std::size_t found_ = 0;
     bool searched_ = false;
   };
@@ -48,9 +49,9 @@ class EncodedWordScanner {
 
   std::string_view raw_;
   std::size_t pos_ = 0;
-  Cursor openings_{"=?"};
-  Cursor closings_{"?="};
-  Cursor kanjiEscapes_{"\x1b$"};
+  Cursor openings_{'=', '?'};
+  Cursor closings_{'?', '='};
+  Cursor kanjiEscapes_{'\x1b', '$'};
 };
 
 // Undoes the transfer encoding of words that follow one another, so that their bytes run on: a

@@ -1,6 +1,8 @@
 // What header words and header parameters share: labelled bytes to text that is safe to show.
 #pragma once
 
+#include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -13,6 +15,37 @@ namespace lumr::header {
 // Whether the bytes of a code type tell that its label is right: text in another encoding seldom
 // passes. A single-byte set takes anything.
 bool IsTelling(CodeType codeType);
+
+// Memory for one text at a time. Header values are short, and a buffer of the heap for each of
+// their words would cost more than all the work on them.
+class Scratch {
+ public:
+  // size bytes, until the next call.
+  char* Room(std::size_t size) {
+    if (size <= sizeof inline_) return inline_;
+    heap_ = std::make_unique_for_overwrite<char[]>(size);
+    return heap_.get();
+  }
+
+ private:
+  alignas(char16_t) char inline_[1024];
+  std::unique_ptr<char[]> heap_;
+};
+
+// Two texts: a conversion and what it passes through.
+struct ScratchPair {
+  Scratch middle;
+  Scratch result;
+};
+
+// Bytes as UTF-16LE when they are exactly a text of the code type, which must be a telling one:
+// nothing was replaced, no character has another code, there is no byte-order mark. False in
+// doubt. The text lives in scratch.
+bool ReadExactly(CodeType codeType, std::string_view bytes, ScratchPair& scratch,
+                 std::string_view& utf16);
+
+// Whether bytes are well-formed UTF-8 from which AppendCleanUnits would take nothing out.
+bool IsCleanUtf8(std::string_view bytes);
 
 // How well bytes could be read.
 struct ReadingResult {
@@ -35,8 +68,11 @@ bool IsPlainIn(CodeType codeType, std::string_view bytes);
 
 // Append text to a header value without any control character: a run of line breaks, tabs and
 // other white space among them becomes one space, the others and byte-order marks are dropped.
+// Narrow text is UTF-8, with U+FFFD for half a surrogate pair.
 void AppendCleanAscii(std::string_view text, CStringW& out);
+void AppendCleanAscii(std::string_view text, CStringA& out);
 void AppendCleanUnits(std::string_view utf16, CStringW& out);
+void AppendCleanUnits(std::string_view utf16, CStringA& out);
 
 // Takes folds out: a line break, with all white space around it, becomes one space.
 void AppendUnfolded(std::string_view raw, std::string& out);

@@ -1,15 +1,20 @@
 #include "lumrmisc/mailtext/headerword.h"
 
-#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <memory_resource>
 #include <span>
 #include <string>
+#include <type_traits>
 #include <vector>
 
-#include "lumrmisc/buffer/ascii.h"
 #include "lumrmisc/buffer/buffer.h"
+#include "lumrmisc/buffer/counted.h"
 #include "lumrmisc/charset/mailcharset.h"
 #include "lumrmisc/mailtext/encodedword_internal.h"
 #include "lumrmisc/mailtext/headertext_internal.h"
+#include "lumrmisc/mailtext/transfer.h"
+#include "lumrmisc/mailtext/transfer_internal.h"
 
 namespace lumr {
 namespace {
@@ -24,16 +29,18 @@ std::string_view WithoutLanguage(std::string_view label) {
   return label.substr(0, label.find('*'));
 }
 
-bool EqualNoCase(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return AsciiLower(x) == AsciiLower(y); });
+// Most words are in one of two charsets, and the table of all labels is a long one.
+CodeType CodeTypeOfLabel(std::string_view label) {
+  if (transfer::EqualNoCase(label, "utf-8")) return CT_UTF8;
+  if (transfer::EqualNoCase(label, "iso-2022-jp")) return CT_JIS;
+  return CodeTypeOfMailLabel(label);
 }
 
 // An unknown charset, and the byte order of UTF-16, are known by the label only.
 bool SameCharset(const CharsetWord& a, const CharsetWord& b) {
   if (a.codeType != b.codeType) return false;
   if (a.codeType != CT_UNKNOWN && a.codeType != CT_UNICODE) return true;
-  return EqualNoCase(WithoutLanguage(a.label), WithoutLanguage(b.label));
+  return transfer::EqualNoCase(WithoutLanguage(a.label), WithoutLanguage(b.label));
 }
 
 // Whether a text that goes on behind bytes is read as a text of its own would be. bytes are the
@@ -74,33 +81,48 @@ bool SeparateWins(CodeType codeType, const ReadingResult& joined, const ReadingR
   return joined.errors > 0 ? codeType != CT_JIS : codeType == CT_UTF7;
 }
 
+template <class Text>
+constexpr bool IsUtf8 = std::is_same_v<Text, CStringA>;
+
+// Text is what is made of a value: UTF-16, or UTF-8 in a CStringA.
+template <class Text>
 class HeaderReader {
  public:
   HeaderReader(std::string_view raw, std::string_view rawCharset)
       : raw_(header::TrimmedFold(raw)), rawLabel_(rawCharset) {}
 
-  CStringW Read();
+  Text Read();
 
  private:
   void AppendRaw(std::string_view text);
   void AppendRun(std::span<const CharsetWord> run);
   void AppendGroup(std::span<const CharsetWord> group);
+  bool AppendInPlace(std::span<const CharsetWord> group);
   void AppendSegment(std::span<const CharsetWord> words, std::string_view joined);
-  ReadingResult ReadSeparately(std::span<const CharsetWord> words, CStringW& text);
-  ReadingResult ReadBytes(const CharsetWord& word, std::string_view bytes, CStringW& text);
+  ReadingResult ReadSeparately(std::span<const CharsetWord> words, Text& text);
+  ReadingResult ReadBytes(const CharsetWord& word, std::string_view bytes, Text& text);
 
   std::string_view raw_;
   std::string_view rawLabel_;
+  std::string_view label_;  // of the last word
+  CodeType codeType_ = CT_UNKNOWN;
   bool rawResolved_ = false;
   MailCharset rawCharset_{};
-  CStringW out_;
-  CBuffer units_;  // scratch
+  Text out_;
+  header::ScratchPair scratch_;
+  std::string joined_;  // scratch
 };
 
-CStringW HeaderReader::Read() {
+template <class Text>
+Text HeaderReader<Text>::Read() {
   out_.reserve(raw_.size());
   EncodedWordScanner scanner(raw_);
-  std::vector<CharsetWord> run;
+  // Few values have more words; room for these is taken from the stack.
+  constexpr std::size_t kUsualWords = 8;
+  std::array<std::byte, (kUsualWords + 1) * sizeof(CharsetWord)> room;
+  std::pmr::monotonic_buffer_resource memory(room.data(), room.size());
+  std::pmr::vector<CharsetWord> run(&memory);
+  run.reserve(kUsualWords);
   CharsetWord word;
   std::size_t done = 0;
   for (std::size_t begin = 0, end = 0; scanner.Next(word, begin, end); done = end) {
@@ -110,8 +132,9 @@ CStringW HeaderReader::Read() {
       run.clear();
       AppendRaw(gap);
     }
-    const bool sameLabel = !run.empty() && run.back().label == word.label;
-    word.codeType = sameLabel ? run.back().codeType : CodeTypeOfMailLabel(word.label);
+    if (word.label != label_) codeType_ = CodeTypeOfLabel(word.label);
+    label_ = word.label;
+    word.codeType = codeType_;
     run.push_back(word);
   }
   AppendRun(run);
@@ -119,7 +142,8 @@ CStringW HeaderReader::Read() {
   return std::move(out_);
 }
 
-void HeaderReader::AppendRaw(std::string_view text) {
+template <class Text>
+void HeaderReader<Text>::AppendRaw(std::string_view text) {
   std::string unfolded;
   if (text.find_first_of("\r\n") != text.npos) {
     header::AppendUnfolded(text, unfolded);
@@ -129,12 +153,14 @@ void HeaderReader::AppendRaw(std::string_view text) {
   // All raw text of a value is in one charset, and the more there is the better it tells.
   if (!rawResolved_) rawCharset_ = ResolveMailCharset(header::RawLabel(rawLabel_), raw_);
   rawResolved_ = true;
-  ConvertMailText(rawCharset_, text, units_);
-  header::AppendCleanUnits(units_.Bytes(), out_);
+  CBuffer units;
+  ConvertMailText(rawCharset_, text, units);
+  header::AppendCleanUnits(units.Bytes(), out_);
 }
 
 // Words with nothing but white space between them.
-void HeaderReader::AppendRun(std::span<const CharsetWord> run) {
+template <class Text>
+void HeaderReader<Text>::AppendRun(std::span<const CharsetWord> run) {
   while (!run.empty()) {
     std::size_t size = 1;
     while (size < run.size() && SameCharset(run[0], run[size])) ++size;
@@ -144,9 +170,12 @@ void HeaderReader::AppendRun(std::span<const CharsetWord> run) {
 }
 
 // Adjacent words of one charset. They go on as one text wherever their bytes do.
-void HeaderReader::AppendGroup(std::span<const CharsetWord> group) {
+template <class Text>
+void HeaderReader<Text>::AppendGroup(std::span<const CharsetWord> group) {
+  if (AppendInPlace(group)) return;
   EncodedWordReader reader;
-  std::string joined;
+  std::string& joined = joined_;
+  joined.clear();
   std::size_t first = 0;
   bool clean = true;
   for (std::size_t i = 0; i < group.size(); ++i) {
@@ -163,17 +192,37 @@ void HeaderReader::AppendGroup(std::span<const CharsetWord> group) {
   }
 }
 
-void HeaderReader::AppendSegment(std::span<const CharsetWord> words, std::string_view joined) {
+// Words of UTF-8 are decoded right into UTF-8 text, which needs no more where it is in order: what
+// is in order joined is so whatever the words are alone. False, and nothing done, elsewhere.
+template <class Text>
+bool HeaderReader<Text>::AppendInPlace(std::span<const CharsetWord> group) {
+  if constexpr (IsUtf8<Text>) {
+    if (group[0].codeType != CT_UTF8) return false;
+    const std::size_t begin = out_.size();
+    EncodedWordReader reader;
+    for (std::size_t i = 0; i < group.size(); ++i) {
+      reader.Append(group[i], i + 1 < group.size() ? &group[i + 1] : nullptr, out_);
+    }
+    if (header::IsCleanUtf8(std::string_view(out_).substr(begin))) return true;
+    out_.resize(begin);
+  }
+  return false;
+}
+
+template <class Text>
+void HeaderReader<Text>::AppendSegment(std::span<const CharsetWord> words,
+                                       std::string_view joined) {
   const std::size_t begin = out_.size();
   const ReadingResult asJoined = ReadBytes(words[0], joined, out_);
   if (words.size() == 1 || IsProved(words[0].codeType, asJoined)) return;
-  CStringW text;
+  Text text;
   const ReadingResult separate = ReadSeparately(words, text);
   if (SeparateWins(words[0].codeType, asJoined, separate)) out_.replace(begin, out_.npos, text);
 }
 
 // Each word as a text of its own.
-ReadingResult HeaderReader::ReadSeparately(std::span<const CharsetWord> words, CStringW& text) {
+template <class Text>
+ReadingResult HeaderReader<Text>::ReadSeparately(std::span<const CharsetWord> words, Text& text) {
   ReadingResult sum;
   std::string bytes;
   for (const CharsetWord& word : words) {
@@ -186,21 +235,43 @@ ReadingResult HeaderReader::ReadSeparately(std::span<const CharsetWord> words, C
   return sum;
 }
 
-ReadingResult HeaderReader::ReadBytes(const CharsetWord& word, std::string_view bytes,
-                                      CStringW& text) {
+template <class Text>
+ReadingResult HeaderReader<Text>::ReadBytes(const CharsetWord& word, std::string_view bytes,
+                                            Text& text) {
   if (header::IsPlainIn(word.codeType, bytes)) {
     header::AppendCleanAscii(bytes, text);
     return {};
   }
-  const ReadingResult result = header::ReadLabelledBytes(word.label, word.codeType, bytes, units_);
-  header::AppendCleanUnits(units_.Bytes(), text);
+  std::string_view exact;
+  if (header::IsTelling(word.codeType) &&
+      header::ReadExactly(word.codeType, bytes, scratch_, exact)) {
+    header::AppendCleanUnits(exact, text);
+    return {};
+  }
+  CBuffer units;
+  const ReadingResult result = header::ReadLabelledBytes(word.label, word.codeType, bytes, units);
+  header::AppendCleanUnits(units.Bytes(), text);
   return result;
 }
 
 }  // namespace
 
+int DecodeHeaderText(const char* encoding, const char* text, CBuffer& out) {
+  return DecodeHeaderText(CountedText(encoding), CountedText(text), out);
+}
+
+int DecodeHeaderText(std::string_view encoding, std::string_view text, CBuffer& out) {
+  if (transfer::EqualNoCase(encoding, "B")) return DecodeBase64(text, out);
+  if (transfer::EqualNoCase(encoding, "Q")) return DecodeQuotedPrintable(text, out);
+  return 0;
+}
+
 CStringW DecodeHeaderValue(std::string_view raw, std::string_view rawCharset) {
-  return HeaderReader(raw, rawCharset).Read();
+  return HeaderReader<CStringW>(raw, rawCharset).Read();
+}
+
+CStringA DecodeHeaderValueUtf8(std::string_view raw, std::string_view rawCharset) {
+  return HeaderReader<CStringA>(raw, rawCharset).Read();
 }
 
 }  // namespace lumr

@@ -3,10 +3,18 @@
 
 #include <string_view>
 
+#include "lumrmisc/buffer/buffer.h"
 #include "lumrmisc/charset/codetype.h"
 #include "lumrmisc/platform/types.h"
 
 namespace lumr {
+
+// Decodes the text of one encoded word into the bytes of its charset: encoding "B", ignoring case,
+// by DecodeBase64 and "Q" by DecodeQuotedPrintable, whose result (1) is returned. Another
+// encoding gives 0 and leaves out alone. "_" is not made a space: callers split words themselves
+// and have done that before. DecodeHeaderValue reads a whole value.
+int DecodeHeaderText(const char* encoding, const char* text, CBuffer& out);
+int DecodeHeaderText(std::string_view encoding, std::string_view text, CBuffer& out);
 
 // Reads a raw header value (what stands behind "Subject:", folded or not) as text.
 //
@@ -31,5 +39,8 @@ namespace lumr {
 // whatever was encoded: white space among them becomes one space a run, the others are dropped, so
 // that no word can forge a header line or reach a terminal. Linear in the input, whatever it is.
 CStringW DecodeHeaderValue(std::string_view raw, std::string_view rawCharset = {});
+
+// The same text in UTF-8, at less cost than the other one and a conversion.
+CStringA DecodeHeaderValueUtf8(std::string_view raw, std::string_view rawCharset = {});
 
 }  // namespace lumr

@@ -326,13 +326,22 @@ char* DecodeQWord(std::string_view text, char* out) {
   const char* const end = p + text.size();
   while (p < end) {
     const char c = *p;
-    if (c == '=' && end - p >= 3 && HexByte(p[1], p[2]) >= 0) {
-      *out++ = static_cast<char>(HexByte(p[1], p[2]));
-      p += 3;
-    } else if (IsLineBreak(c) || (c == '=' && p + 1 < end && IsLineBreak(p[1]))) {
+    if (c == '=') {
+      const int byte = end - p >= 3 ? HexByte(p[1], p[2]) : -1;
+      if (byte >= 0) {
+        *out++ = static_cast<char>(byte);
+        p += 3;
+        continue;
+      }
+    } else if (c > ' ') {
+      *out++ = c == '_' ? ' ' : c;
+      ++p;
+      continue;
+    }
+    if (IsLineBreak(c) || (c == '=' && p + 1 < end && IsLineBreak(p[1]))) {
       p = std::find_if_not(p + 1, end, [](char b) { return IsBlank(b) || IsLineBreak(b); });
     } else {
-      *out++ = c == '_' ? ' ' : c;
+      *out++ = c;
       ++p;
     }
   }
