@@ -78,12 +78,13 @@ EncodeStage::EncodeStage(unsigned codePage, int emptyFallback)
 
 void EncodeStage::ReadHead(std::string_view in, CConversionReport* report) {
   headSize_ += in.copy(head_ + headSize_, sizeof head_ - headSize_);
-  hasMark_ = isUnicode_ && headSize_ == sizeof head_ && LoadUnit(head_) == kByteOrderMark;
+  hasMark_ = headSize_ == sizeof head_ && LoadUnit(head_) == kByteOrderMark;
   if (hasMark_ && report) report->Add({ConversionLossKind::kFit, 0, 2, 0});
 }
 
 char* EncodeStage::Convert(std::string_view in, bool last, char* out, CConversionReport* report) {
-  if (headSize_ < sizeof head_) ReadHead(in, report);
+  hasInput_ |= !in.empty();
+  if (isUnicode_ && headSize_ < sizeof head_) ReadHead(in, report);
   return encoder_.Encode(in, last, out, report);
 }
 

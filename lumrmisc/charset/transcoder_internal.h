@@ -83,15 +83,16 @@ class EncodeStage {
   std::size_t Pending() const { return encoder_.Pending(); }
   long long Lost() const { return encoder_.Counts().fits + encoder_.Counts().replaced; }
   int Marks() const { return hasMark_ ? 1 : 0; }
-  bool IsInexact() const { return (fallback_ && headSize_ > 0) || encoder_.Counts().replaced > 0; }
+  bool IsInexact() const { return (fallback_ && hasInput_) || encoder_.Counts().replaced > 0; }
 
  private:
   void ReadHead(std::string_view in, CConversionReport* report);
 
   bool fallback_;
   CodePageEncoder encoder_;
-  bool isUnicode_;     // the code page has the mark
-  char head_[2] = {};  // the first bytes of the text
+  bool isUnicode_;  // the code page has the mark
+  bool hasInput_ = false;
+  char head_[2] = {};  // the first bytes of the text, where there may be a mark
   std::size_t headSize_ = 0;
   bool hasMark_ = false;
 };

@@ -9,6 +9,9 @@ namespace {
 
 using namespace avx512;
 
+// A vector costs as much as about so many characters one by one.
+constexpr std::ptrdiff_t kWorthVector = 8;
+
 // Sixteen entries of a table. They are gathered four bytes at a time, from even places, so that
 // nothing behind the table is read.
 LUMR_AVX512_INLINE __m512i LookUp16(const std::uint16_t* table, __m512i places) {
@@ -104,7 +107,7 @@ LUMR_AVX512_INLINE std::uint64_t MayLead(__m512i bytes, bool hasKatakana) {
 
 LUMR_AVX512 void DecodeDoubleByteAvx512(const std::uint16_t* cells, bool hasKatakana,
                                         const Byte*& in, const Byte* end, char*& out) {
-  while (in != end) {
+  while (end - in >= kWorthVector) {
     const std::ptrdiff_t left = end - in;
     const std::uint64_t here = FirstBits(left);
     const __m512i bytes = _mm512_maskz_loadu_epi8(here, in);
@@ -156,7 +159,7 @@ LUMR_AVX512 void DecodeDoubleByteAvx512(const std::uint16_t* cells, bool hasKata
 
 LUMR_AVX512 void EncodeDoubleByteAvx512(const EncodingTable& table, const Byte*& in,
                                         const Byte* end, char*& out) {
-  while (end - in >= 2) {
+  while (end - in >= 2 * kWorthVector) {
     const std::ptrdiff_t left = (end - in) / 2;
     const int count = left < 32 ? static_cast<int>(left) : 32;
     const std::uint32_t here = FirstBits32(count);
