@@ -19,8 +19,8 @@ constexpr int LinearRow(int lead, bool hasKatakana) {
 }
 
 // Decodes what in begins with, up to the first code that has no exact unit or is cut off by the
-// end, or to a few last bytes. Surrogates among the cells stand for what has none; their number is even. out has room for a
-// unit for each byte.
+// end, or to a few last bytes. Surrogates among the cells stand for what has none; their number is
+// even. out has room for a unit for each byte.
 void DecodeDoubleByteAvx512(const std::uint16_t* cells, bool hasKatakana, const Byte*& in,
                             const Byte* end, char*& out);
 
@@ -40,9 +40,8 @@ struct EncodingTable {
   bool hasRuns;
 };
 
-// Encodes the whole units that in begins with, up to the first one without an exact code, or to a few
-// last ones. out has
-// room for two bytes for each unit.
+// Encodes the whole units that in begins with, up to the first one without an exact code, or to a
+// few last ones. out has room for two bytes for each unit.
 void EncodeDoubleByteAvx512(const EncodingTable& table, const Byte*& in, const Byte* end,
                             char*& out);
 
