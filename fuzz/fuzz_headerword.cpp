@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "fuzz/transfer_properties.h"
+#include "lumrmisc/buffer/counted.h"
+#include "lumrmisc/charset/convert.h"
 #include "lumrmisc/mailtext/headerparam.h"
 #include "lumrmisc/mailtext/headerword.h"
 
@@ -23,7 +25,12 @@ void CheckText(const lumr::CStringW& text, std::size_t size) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace lumr;
   const TightCopy input({reinterpret_cast<const char*>(data), size});
-  CheckText(DecodeHeaderValue(input), size);
+  const CStringW text = DecodeHeaderValue(input);
+  CheckText(text, size);
+  // The UTF-8 form is the same text.
+  CBuffer wide;
+  ConvertToOtherCodeType2(CT_UNICODE, BytesOf(text), CT_UTF8, wide);
+  Require(DecodeHeaderValueUtf8(input) == wide.Bytes());
   CheckText(DecodeHeaderValue(input, "Shift_JIS"), size);
   std::vector<HeaderParameter> parameters;
   DecodeHeaderParameters(input, parameters);

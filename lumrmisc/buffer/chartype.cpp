@@ -34,8 +34,8 @@ CharType ClassOf(char16_t unit, bool fullWidth) {
   if (unit < 0x20 || (unit >= 0x7F && unit < 0xA0)) return kCharControl;
   if ((flags & kUnitSpace) != 0) return kCharSpace;
   if ((flags & (kUnitAlpha | kUnitDigit)) != 0) return kCharAlnum;
-  if ((flags & kUnitPunctuation) != 0) return fullWidth ? kCharFullSymbol : kCharSymbol;
-  return kCharOther;
+  const bool isOther = flags == 0 || (unit >= 0xD800 && unit < 0xF900);
+  return isOther ? kCharOther : fullWidth ? kCharFullSymbol : kCharSymbol;
 }
 
 int TypeOf(char16_t unit, bool fullWidth) {

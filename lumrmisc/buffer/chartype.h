@@ -9,14 +9,14 @@
 namespace lumr {
 
 enum CharType : int {
-  kCharOther = 0,          // marks, surrogates, private use, what is no character
+  kCharOther = 0,          // surrogates, private use, what is no character
   kCharControl = 1,        // U+0000 to U+001F, U+007F to U+009F, the marks that join or turn text
   kCharSpace = 2,          // white space of one column or less
   kCharFullSpace = 3,      // the ideographic space U+3000
   kCharAlnum = 4,          // letters and digits but those that have a class of their own
-  kCharSymbol = 5,         // punctuation and symbols
+  kCharSymbol = 5,         // punctuation, symbols and marks
   kCharFullAlnum = 6,      // full-width Latin letters and digits
-  kCharFullSymbol = 7,     // punctuation and symbols that take two columns
+  kCharFullSymbol = 7,     // the same where they take two columns
   kCharHiragana = 8,       // and their iteration marks
   kCharKatakana = 9,       // full-width, with the long-vowel mark
   kCharHalfKatakana = 10,  // half-width, with their voicing marks

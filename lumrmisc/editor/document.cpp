@@ -40,6 +40,20 @@ bool TakeLine(std::string_view& text, CodeType codeType, std::string_view& line,
   return true;
 }
 
+// The sums follow a line also when memory runs out while it changes.
+class SumsGuard {
+ public:
+  SumsGuard(LineStore& lines, int line) : lines_(lines), line_(line), before_(lines.SumsOf(line)) {}
+  ~SumsGuard() { lines_.Changed(line_, before_); }
+  SumsGuard(const SumsGuard&) = delete;
+  SumsGuard& operator=(const SumsGuard&) = delete;
+
+ private:
+  LineStore& lines_;
+  int line_;
+  LineStore::Sums before_;
+};
+
 // Appends to a buffer whose size is known beforehand.
 class Writer {
  public:
@@ -96,8 +110,7 @@ void CEditorDocument::AddPiece(CEditorLineFontMetrics& metrics, std::string_view
                                std::string_view piece, bool goesOn) {
   if (goesOn && mark.empty() && piece.empty()) return;
   CLLineData& line = goesOn ? lines_.Line(lines_.Count() - 1) : lines_.Append();
-  const int last = lines_.Count() - 1;
-  const LineStore::Sums before = lines_.SumsOf(last);
+  const SumsGuard guard(lines_, lines_.Count() - 1);
   const int length = line.Length();
   if (length > kLargestText - static_cast<long long>(mark.size() + piece.size())) {
     throw std::bad_alloc();
@@ -111,7 +124,6 @@ void CEditorDocument::AddPiece(CEditorLineFontMetrics& metrics, std::string_view
     line.SetText(piece);
   }
   Examine(metrics, line, length);
-  lines_.Changed(last, before);
 }
 
 // Brings a line up to date that has grown behind changed; 0 is a new line.

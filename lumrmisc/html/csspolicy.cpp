@@ -123,9 +123,6 @@ constexpr auto kProperties = std::to_array<PropertyRow>({
 });
 constexpr NameTable kPropertyTable(kProperties);
 
-struct NameRow {
-  std::u16string_view name;
-};
 constexpr auto kUnits = std::to_array<NameRow>({{u"ch"},
                                                 {u"cm"},
                                                 {u"deg"},
@@ -407,21 +404,15 @@ std::u16string_view WithoutComments(std::u16string_view text, CStringW& scratch)
   return scratch;
 }
 
-std::u16string_view Trimmed(std::u16string_view text) {
-  while (!text.empty() && IsMarkupSpace(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsMarkupSpace(text.back())) text.remove_suffix(1);
-  return text;
-}
-
 // Appends one declaration; gives whether it was taken whole.
 bool AppendDeclaration(std::u16string_view declaration, bool isFirst, CStringW& out) {
   const std::size_t colon = declaration.find(u':');
   if (colon == std::u16string_view::npos) return false;
-  const PropertyRow* const row = kPropertyTable.Find(Trimmed(declaration.substr(0, colon)));
+  const PropertyRow* const row = kPropertyTable.Find(TrimMarkupSpace(declaration.substr(0, colon)));
   if (row == nullptr) return false;
   const std::size_t begin = out.size();
   if (!isFirst) out += u"; ";
-  out.append(row->name.begin(), row->name.end());
+  out += row->name;
   out += u": ";
   ValueReader value(declaration.substr(colon + 1), row->rule, out);
   if (!value.Read()) {
@@ -440,7 +431,7 @@ std::size_t AppendSafeStyle(std::u16string_view style, CStringW& out) {
   std::size_t leftOut = 0;
   for (std::size_t pos = 0; pos < text.size();) {
     const std::size_t end = FindDeclarationEnd(text, pos);
-    const std::u16string_view declaration = Trimmed(text.substr(pos, end - pos));
+    const std::u16string_view declaration = TrimMarkupSpace(text.substr(pos, end - pos));
     if (!declaration.empty() && !AppendDeclaration(declaration, out.size() == begin, out))
       ++leftOut;
     pos = end + 1;

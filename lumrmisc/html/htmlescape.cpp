@@ -111,6 +111,14 @@ std::size_t AppendCharacter(std::u16string_view text, std::size_t pos, CStringW&
   return pos + 1;
 }
 
+// The length of a reference at the start that is written again as it is; 0 for another one.
+std::size_t KeptReference(std::u16string_view text) {
+  for (const std::u16string_view kept : {u"&nbsp;", u"&amp;", u"&lt;", u"&gt;"}) {
+    if (text.starts_with(kept)) return kept.size();
+  }
+  return 0;
+}
+
 template <Place kPlace>
 void AppendEscaped(std::u16string_view text, bool hasReferences, CStringW& out) {
   for (std::size_t pos = 0; pos < text.size();) {
@@ -119,6 +127,11 @@ void AppendEscaped(std::u16string_view text, bool hasReferences, CStringW& out) 
     pos = end;
     if (pos == text.size()) break;
     if (hasReferences && text[pos] == u'&') {
+      if (const std::size_t length = KeptReference(text.substr(pos)); length != 0) {
+        out.append(text, pos, length);
+        pos += length;
+        continue;
+      }
       const CharacterReference reference = ReadCharacterReference(text.substr(pos), false);
       if (reference.length != 0) {
         const std::u16string_view meant(reference.units, reference.count);

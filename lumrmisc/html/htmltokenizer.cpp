@@ -28,6 +28,7 @@ bool HtmlTokenizer::Next(HtmlToken& token) {
     if (pos_ == source_.size()) return false;
     token.begin = pos_;
     token.isSelfClosing = false;
+    token.hasMoreAttributes = false;
     token.attributes.clear();
     if (content_ != HtmlContent::kMarkup) {
       ReadSpecialText(token);
@@ -224,7 +225,8 @@ std::size_t HtmlTokenizer::ReadAttribute(std::size_t pos, HtmlToken& token) {
       attribute.value = source_.substr(begin, pos - begin);
     }
   }
-  if (token.attributes.size() < kMostAttributes) token.attributes.push_back(attribute);
+  token.hasMoreAttributes = token.attributes.size() == kMostAttributes;
+  if (!token.hasMoreAttributes) token.attributes.push_back(attribute);
   return pos;
 }
 

@@ -13,6 +13,12 @@ constexpr bool IsMarkupSpace(char16_t unit) {
   return unit == u' ' || unit == u'\n' || unit == u'\r' || unit == u'\t' || unit == u'\f';
 }
 
+inline std::u16string_view TrimMarkupSpace(std::u16string_view text) {
+  while (!text.empty() && IsMarkupSpace(text.front())) text.remove_prefix(1);
+  while (!text.empty() && IsMarkupSpace(text.back())) text.remove_suffix(1);
+  return text;
+}
+
 struct HtmlAttribute {
   std::u16string_view name;   // in the case of the source
   std::u16string_view value;  // without its quotes, references not decoded
@@ -28,6 +34,7 @@ struct HtmlToken {
   std::u16string_view text;               // of text and comments
   std::u16string_view name;               // of tags, in the case of the source
   std::vector<HtmlAttribute> attributes;  // repeated ones too; the first counts
+  bool hasMoreAttributes = false;         // than are listed
 };
 
 // How the tokenizer reads what follows a start tag.

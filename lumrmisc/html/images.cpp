@@ -58,7 +58,7 @@ int ConvertImgSrc(CStringW& html, const ImageSourceConverter& convert) {
   TagSpan span;
   for (std::size_t pos = 0; FindTag(source, pos, span); pos = span.end) {
     const std::string_view name = AttributeOf(TagNameOf(source, span));
-    if (name.empty()) continue;
+    if (name.empty() || !span.isClosed) continue;
     AttributeWalk walk(TagText(source, span));
     for (TagAttribute attribute; walk.Next(attribute);) {
       if (!attribute.hasValue || !EqualsNoCase(attribute.name, name)) continue;

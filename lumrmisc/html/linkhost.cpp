@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 
 #include "lumrmisc/html/unitscan_internal.h"
 
@@ -131,8 +132,29 @@ std::u32string DecodePunycode(std::u16string_view label) {
 
 // ---- Hosts ----
 
+bool IsAscii(char16_t unit) {
+  return unit < 0x80;
+}
+
+// What browsers write as other characters (compatibility forms, combining marks) or refuse
+// (Unicode Technical Standard 46). The name that such a host ends up as could not be told here.
+struct UnitRange {
+  char16_t first;
+  char16_t last;
+};
+constexpr UnitRange kMappedByBrowsers[] = {
+    {0x0080, 0x00BF}, {0x0132, 0x0133}, {0x013F, 0x0140}, {0x0149, 0x0149}, {0x017F, 0x017F},
+    {0x01C4, 0x01CC}, {0x01F1, 0x01F3}, {0x02B0, 0x036F}, {0x03D0, 0x03D6}, {0x03F0, 0x03F9},
+    {0x1D00, 0x1DFF}, {0x1E9A, 0x1E9B}, {0x1FBD, 0x1FFE}, {0x2000, 0x2BFF}, {0x2E80, 0x3004},
+    {0x3008, 0x3040}, {0x3099, 0x309C}, {0x309F, 0x30A0}, {0x30FF, 0x3104}, {0x3130, 0x319F},
+    {0x3200, 0x33FF}, {0xE000, 0xFFFF}, {0xD835, 0xD835}};
+
 bool IsHostUnit(char16_t unit) {
-  if (unit >= 0x80) return unit >= 0xA1 && !IsHtmlSpace(unit) && !(unit >= 0x2000 && unit < 0x2070);
+  if (unit >= 0x80) {
+    return std::none_of(
+        std::begin(kMappedByBrowsers), std::end(kMappedByBrowsers),
+        [unit](const UnitRange& range) { return unit >= range.first && unit <= range.last; });
+  }
   return IsAsciiLetter(unit) || IsAsciiDigit(unit) || unit == u'-' || unit == u'.' || unit == u'_';
 }
 
@@ -218,19 +240,17 @@ Script ScriptOf(char32_t point) {
 }
 
 bool LabelMixesScripts(std::u16string_view label) {
+  const bool isEncoded = label.starts_with(kPrefix);
+  if (!isEncoded && std::all_of(label.begin(), label.end(), IsAscii)) return false;
   unsigned scripts = 0;
   const std::u32string points =
-      label.starts_with(kPrefix) ? DecodePunycode(label.substr(kPrefix.size())) : CodePoints(label);
+      isEncoded ? DecodePunycode(label.substr(kPrefix.size())) : CodePoints(label);
   for (const char32_t point : points) scripts |= ScriptOf(point);
   // Japanese labels have Latin letters beside their own.
   return (scripts & (scripts - 1)) != 0 && scripts != (kLatin | kOther);
 }
 
 // ---- What a text names ----
-
-bool IsAscii(char16_t unit) {
-  return unit < 0x80;
-}
 
 bool IsIpAddress(std::u16string_view text) {
   constexpr std::ptrdiff_t kDots = 3;
@@ -294,7 +314,7 @@ CStringW HostInWord(std::u16string_view word) {
   const bool isMail = at != std::u16string_view::npos;
   if (isMail) word.remove_prefix(at + 1);
   std::size_t end = 0;
-  while (end < word.size() && end <= kLongestHost && IsHostUnit(word[end])) ++end;
+  while (end < word.size() && end <= kLongestHost && IsHostUnit(PlainUnit(word[end]))) ++end;
   const bool hasPath = end < word.size() && word[end] == u'/';
   const CStringW host = HostInRun(word.substr(0, end));
   return !isAddress && !isMail && !hasPath && IsFileName(host) ? CStringW() : host;

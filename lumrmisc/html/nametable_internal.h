@@ -39,8 +39,11 @@ class NameTable {
   static constexpr std::size_t kSlots = std::bit_ceil(kCount * 4);
 
   // Three letters and the length tell nearly all names apart.
-  static constexpr std::size_t Slot(std::u16string_view name) {
-    const auto letter = [&](std::size_t at) { return (name[at] | 0x20u) & 0xFFu; };
+  template <class Text>
+  static constexpr std::size_t Slot(Text name) {
+    const auto letter = [&](std::size_t at) {
+      return (static_cast<std::uint32_t>(name[at]) | 0x20u) & 0xFFu;
+    };
     const std::uint32_t key = letter(0) | letter(name.size() - 1) << 8 |
                               letter(name.size() / 2) << 16 |
                               static_cast<std::uint32_t>(name.size()) << 24;
@@ -50,7 +53,7 @@ class NameTable {
   static constexpr bool IsNamed(const Row& row, std::u16string_view name) {
     if (row.name.size() != name.size()) return false;
     for (std::size_t i = 0; i < name.size(); ++i) {
-      if (UnitAsciiLower(name[i]) != row.name[i]) return false;
+      if (UnitAsciiLower(name[i]) != static_cast<char16_t>(row.name[i])) return false;
     }
     return true;
   }
@@ -58,6 +61,11 @@ class NameTable {
   const Row* rows_;
   std::array<std::uint16_t, kSlots> slots_{};
   std::size_t longest_ = 0;
+};
+
+// A row of a table that is only a set of names.
+struct NameRow {
+  std::u16string_view name;
 };
 
 }  // namespace lumr

@@ -90,7 +90,7 @@ class Sanitizer {
         reporter_(source, report),
         tokenizer_(source),
         tree_(out_, source.size() * 2 + kLeastRepeats) {
-    out_.reserve(source.size() + source.size() / 8 + kLeastRepeats);
+    out_.reserve(source.size() + source.size() / 2 + kLeastRepeats);
   }
 
   CStringW Run();
@@ -125,7 +125,7 @@ class Sanitizer {
                          std::u16string_view value);
   void WriteStyle(const HtmlAttribute* attribute, std::u16string_view value);
   std::size_t WriteLink(const HtmlAttribute& attribute);
-  void WriteNamed(std::string_view name, std::u16string_view value);
+  void WriteNamed(std::u16string_view name, std::u16string_view value);
 
   const SafeHtmlOptions& options_;
   Reporter reporter_;
@@ -219,7 +219,7 @@ bool Sanitizer::SkipEndTag() {
     --skipped_.htmlDepth;
     tokenizer_.AllowCData(skipped_.htmlDepth == 0);
   }
-  if (EqualsNoCase(token_.name, skipped_.row->name) && --skipped_.depth == 0) StopSkipping();
+  if (FindSourceElement(token_.name) == skipped_.row && --skipped_.depth == 0) StopSkipping();
   return true;
 }
 
@@ -283,7 +283,7 @@ void Sanitizer::Write(ElementId id) {
   const ElementRow& row = RowOf(id);
   const std::size_t begin = out_.size();
   out_ += u'<';
-  out_.append(row.name.begin(), row.name.end());
+  out_ += row.name;
   const std::size_t link =
       token_.kind == HtmlToken::kStartTag ? WriteAttributes(id) : TreeWriter::kNoLink;
   out_ += u'>';
@@ -326,9 +326,9 @@ void Sanitizer::OpenBody() {
 
 // ---- Attributes ----
 
-void Sanitizer::WriteNamed(std::string_view name, std::u16string_view value) {
+void Sanitizer::WriteNamed(std::u16string_view name, std::u16string_view value) {
   out_ += u' ';
-  out_.append(name.begin(), name.end());
+  out_ += name;
   out_ += u"=\"";
   AppendHtmlAttribute(value, out_);
   out_ += u'"';
@@ -359,13 +359,8 @@ std::size_t Sanitizer::WriteAttributes(ElementId id) {
       WriteAttribute(id, *row, attribute);
     }
   }
+  if (token_.hasMoreAttributes) reporter_.Removed(Reason::kAttribute, token_.begin, token_.name);
   return href == nullptr ? TreeWriter::kNoLink : WriteLink(*href);
-}
-
-std::u16string_view Trimmed(std::u16string_view text) {
-  while (!text.empty() && IsMarkupSpace(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsMarkupSpace(text.back())) text.remove_suffix(1);
-  return text;
 }
 
 void Sanitizer::WriteAttribute(ElementId id, const AttributeRow& row,
@@ -374,7 +369,7 @@ void Sanitizer::WriteAttribute(ElementId id, const AttributeRow& row,
   switch (row.kind) {
     case AttributeKind::kText:
       WriteNamed(row.name, value);
-      if (id == ElementId::kImg && reporter_.IsWanted() && row.name == "alt") {
+      if (id == ElementId::kImg && reporter_.IsWanted() && row.name == u"alt") {
         reporter_.LinkText(tree_.CurrentLink(), value);
       }
       return;
@@ -388,7 +383,7 @@ void Sanitizer::WriteAttribute(ElementId id, const AttributeRow& row,
       WriteNamed(row.name, {});
       return;
     case AttributeKind::kName: {
-      const CStringW name = SafeName(Trimmed(value));
+      const CStringW name = SafeName(TrimMarkupSpace(value));
       if (!name.empty()) {
         WriteNamed(row.name, name);
       } else {
@@ -399,7 +394,7 @@ void Sanitizer::WriteAttribute(ElementId id, const AttributeRow& row,
     default:
       break;
   }
-  const std::u16string_view word = Trimmed(value);
+  const std::u16string_view word = TrimMarkupSpace(value);
   if (!IsAttributeValue(row.kind, word)) {
     reporter_.RemovedAttribute(Reason::kAttribute, attribute);
     return;
@@ -416,7 +411,7 @@ void Sanitizer::WriteStyle(const HtmlAttribute* attribute, std::u16string_view v
   if (AppendSafeStyle(value, styleScratch_) > 0 && attribute != nullptr) {
     reporter_.RemovedAttribute(Reason::kStyleDeclaration, *attribute);
   }
-  if (!styleScratch_.empty()) WriteNamed("style", styleScratch_);
+  if (!styleScratch_.empty()) WriteNamed(u"style", styleScratch_);
 }
 
 void Sanitizer::WriteImageAddress(const AttributeRow& row, const HtmlAttribute& attribute,
@@ -438,8 +433,8 @@ std::size_t Sanitizer::WriteLink(const HtmlAttribute& attribute) {
     return TreeWriter::kNoLink;
   }
   if (link.hadUserInfo) reporter_.RemovedAttribute(Reason::kUserInfo, attribute, value);
-  WriteNamed("href", link.address);
-  WriteNamed("title", link.title);
+  WriteNamed(u"href", link.address);
+  WriteNamed(u"title", link.title);
   out_ += u" rel=\"noopener noreferrer\"";
   return reporter_.Link(link, token_.begin);
 }

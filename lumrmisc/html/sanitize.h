@@ -57,7 +57,7 @@ enum class SafeHtmlReason {
   kTooDeep,           // nested over 256 deep
   kComment,           // comments, processing instructions, marked sections
   kUnfinishedTag,     // the source ends inside a tag
-  kAttribute,         // not in the list, or a value of another form
+  kAttribute,         // not in the list, or a value of another form; of a tag: its 513th and more
   kAddress,           // an address that is not allowed here, or none at all
   kUserInfo,          // a user name or password in an address
   kRemoteImage,       // the address of a remote image

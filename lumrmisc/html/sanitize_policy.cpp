@@ -18,7 +18,7 @@ constexpr std::uint16_t kBlock = kClosesP | kSpecial;
 constexpr std::uint16_t kTableStructure = kTablePart | kSpecial;
 
 // In the order of ElementId.
-constexpr ElementRow kRows[] = {
+constexpr auto kRows = std::to_array<ElementRow>({
     {u"a", kA, kFormatting},
     {u"abbr", kAbbr, 0},
     {u"address", kAddress, kBlock | kSplits},
@@ -94,8 +94,8 @@ constexpr ElementRow kRows[] = {
     {u"ul", kUl, kBlock},
     {u"var", kVar, 0},
     {u"wbr", kWbr, kVoid},
-};
-static_assert(std::size(kRows) == kElementCount);
+});
+static_assert(kRows.size() == kElementCount);
 static_assert([] {
   for (std::size_t i = 0; i < kElementCount; ++i) {
     if (IndexOf(kRows[i].id) != i) return false;
@@ -181,17 +181,15 @@ constexpr auto kSources = [] {
 }();
 constexpr NameTable kSourceTable(kSources);
 
-struct NameRow {
-  std::u16string_view name;
-};
 // The list of the standard, "font" without the condition on its attributes.
 constexpr auto kBreakOuts = std::to_array<NameRow>(
-    {{u"b"},     {u"big"},     {u"blockquote"}, {u"body"}, {u"br"},     {u"center"}, {u"code"}, {u"dd"},
-     {u"div"},   {u"dl"},      {u"dt"},         {u"em"},   {u"embed"},  {u"font"},   {u"h1"},   {u"h2"},
-     {u"h3"},    {u"h4"},      {u"h5"},         {u"h6"},   {u"head"},   {u"hr"},     {u"i"},    {u"img"},
-     {u"li"},    {u"listing"}, {u"menu"},       {u"meta"}, {u"nobr"},   {u"ol"},     {u"p"},    {u"pre"},
-     {u"ruby"},  {u"s"},       {u"small"},      {u"span"}, {u"strong"}, {u"strike"}, {u"sub"},  {u"sup"},
-     {u"table"}, {u"tt"},      {u"u"},          {u"ul"},   {u"var"}});
+    {{u"b"},    {u"big"},    {u"blockquote"}, {u"body"}, {u"br"},      {u"center"}, {u"code"},
+     {u"dd"},   {u"div"},    {u"dl"},         {u"dt"},   {u"em"},      {u"embed"},  {u"font"},
+     {u"h1"},   {u"h2"},     {u"h3"},         {u"h4"},   {u"h5"},      {u"h6"},     {u"head"},
+     {u"hr"},   {u"i"},      {u"img"},        {u"li"},   {u"listing"}, {u"menu"},   {u"meta"},
+     {u"nobr"}, {u"ol"},     {u"p"},          {u"pre"},  {u"ruby"},    {u"s"},      {u"small"},
+     {u"span"}, {u"strong"}, {u"strike"},     {u"sub"},  {u"sup"},     {u"table"},  {u"tt"},
+     {u"u"},    {u"ul"},     {u"var"}});
 constexpr NameTable kBreakOutTable(kBreakOuts);
 constexpr auto kIntegrationPoints = std::to_array<NameRow>({{u"foreignobject"},
                                                             {u"desc"},
@@ -279,6 +277,8 @@ bool IsWord(std::u16string_view value, Predicate isMember) {
 }
 
 }  // namespace
+
+constinit const std::array<ElementRow, kElementCount> kElements = kRows;
 
 const SourceRow* FindSourceElement(std::u16string_view name) {
   return kSourceTable.Find(name);

@@ -1,6 +1,7 @@
 // What received HTML may keep: the elements, their content model and their attributes, as tables.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <initializer_list>
 #include <string_view>
@@ -113,7 +114,7 @@ struct ElementRow {
   ElementId id;
   std::uint16_t traits;
 };
-extern const ElementRow kElements[kElementCount];  // in the order of ElementId
+extern const std::array<ElementRow, kElementCount> kElements;  // in the order of ElementId
 inline const ElementRow& RowOf(ElementId id) {
   return kElements[IndexOf(id)];
 }

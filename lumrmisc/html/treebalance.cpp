@@ -94,9 +94,9 @@ std::size_t TreeWriter::CurrentLink() const {
 // ---- Closing ----
 
 void TreeWriter::WriteEndTag(const Element& element) {
-  const std::string_view name = RowOf(element.id).name;
+  const std::u16string_view name = RowOf(element.id).name;
   out_ += u"</";
-  out_.append(name.begin(), name.end());
+  out_ += name;
   out_ += u'>';
   --openCount_[IndexOf(element.id)];
 }
@@ -201,9 +201,9 @@ void TreeWriter::Opened(ElementId id, std::size_t tagBegin, std::size_t link) {
 
 void TreeWriter::OpenImplied(ElementId id) {
   const std::size_t begin = out_.size();
-  const std::string_view name = RowOf(id).name;
+  const std::u16string_view name = RowOf(id).name;
   out_ += u'<';
-  out_.append(name.begin(), name.end());
+  out_ += name;
   out_ += u'>';
   Opened(id, begin, kNoLink);
 }

@@ -106,7 +106,7 @@ std::size_t SchemeLength(std::u16string_view address) {
 }
 
 void AppendScheme(const SchemeRow& scheme, CStringW& out) {
-  out.append(scheme.name.begin(), scheme.name.end());
+  out += scheme.name;
   out += u':';
 }
 
@@ -221,7 +221,7 @@ ImageAddress ReadCidImage(std::u16string_view rest, const SafeHtmlOptions& optio
 
 ImageAddress ReadRemoteImage(const SchemeRow& scheme, std::u16string_view rest,
                              const SafeHtmlOptions& options) {
-  if (scheme.name == "ftp") return {};
+  if (scheme.name == u"ftp") return {};
   if (!options.allowRemoteImages) return {{}, SafeHtmlReason::kRemoteImage};
   return {ReadWebAddress(scheme, rest).address, SafeHtmlReason::kAddress};
 }

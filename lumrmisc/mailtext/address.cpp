@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <utility>
 
 #include "lumrmisc/buffer/characterform_internal.h"
 #include "lumrmisc/buffer/counted.h"
@@ -130,6 +129,11 @@ bool HasParentheses(std::string_view text) {
   return NestingScanner<char>(text, 0).Next('(') == NestingMark::kOpen;
 }
 
+void Trim(CStringA& text) {
+  const std::string_view rest = TrimmedText<char>(text);
+  if (rest.size() != text.size()) text = CStringA(rest);
+}
+
 EntryParts Faulty(Fault fault, std::string_view text, std::string_view faulty) {
   EntryParts parts;
   parts.fault = fault;
@@ -194,19 +198,23 @@ EntryParts TakeApart(std::string_view text) {
 void TakeTexts(const EntryParts& parts, CStringA& address, CStringA& name) {
   if (parts.isComment) {
     const std::string_view text = parts.address;
-    CStringA outside;
-    CStringA inside;
-    GetParenthesisToken(text.data(), static_cast<int>(text.size()), outside, inside);
-    address = TrimmedText<char>(outside);
-    name = TrimmedText<char>(inside);
+    GetParenthesisToken(text.data(), static_cast<int>(text.size()), address, name);
+    Trim(address);
+    Trim(name);
     return;
   }
   address = parts.address;
-  name = parts.name;
-  name += parts.nameTail;
-  if (!parts.isQuoted) return;
-  const CStringA quoted = std::move(name);
-  std::string_view inside = quoted;
+  if (!parts.isQuoted) {
+    name = parts.name;
+    name += parts.nameTail;
+    return;
+  }
+  CStringA joined;
+  std::string_view inside = parts.name;
+  if (!parts.nameTail.empty()) {
+    joined.append(parts.name).append(parts.nameTail);
+    inside = joined;
+  }
   inside.remove_prefix(1);
   if (!inside.empty() && inside.back() == '"') inside.remove_suffix(1);
   GetQuotedToken(inside.data(), static_cast<int>(inside.size()), name);

@@ -55,6 +55,7 @@ int FindInList(View<Unit> text, int start, Unit delimiter, int& position,
                std::basic_string<Unit>& message) {
   position = -1;
   message.clear();
+  if (text.empty()) return 1;
   if (start < 0) return 0;
   if (static_cast<std::size_t>(start) >= text.size()) return 1;
   const std::size_t from = static_cast<std::size_t>(start);

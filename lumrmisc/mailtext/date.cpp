@@ -7,6 +7,7 @@
 #include "lumrmisc/buffer/ascii.h"
 #include "lumrmisc/buffer/buffer.h"
 #include "lumrmisc/buffer/counted.h"
+#include "lumrmisc/mailtext/datecursor_internal.h"
 #include "lumrmisc/mailtext/datewords_internal.h"
 #include "lumrmisc/platform/codepage.h"
 #include "lumrmisc/platform/mbcs.h"
@@ -14,30 +15,12 @@
 namespace lumr {
 namespace {
 
+using date::DateCursor;
 using date::DateWord;
+using date::Number;
 using date::WordKind;
 
 constexpr int kUnset = -1;
-
-// A unit as the grammar sees it: full-width forms as ASCII, the ideographic space as a space.
-char16_t Folded(char unit) {
-  return static_cast<unsigned char>(unit);
-}
-char16_t Folded(char16_t unit) {
-  if (unit >= 0xFF01 && unit <= 0xFF5E) return static_cast<char16_t>(unit - 0xFEE0);
-  switch (unit) {
-    case 0x3000:
-    case 0x00A0:
-      return u' ';
-    case 0x2212:  // minus sign
-    case 0x2010:  // hyphen
-      return u'-';
-    case 0x3001:  // ideographic comma
-      return u',';
-    default:
-      return unit;
-  }
-}
 
 // A date field: its value and where it stands.
 struct Field {
@@ -46,23 +29,29 @@ struct Field {
   bool IsSet() const { return value != kUnset; }
 };
 
-struct Number {
-  int value = 0;  // 100000 and more are all the same
-  int digits = 0;
-  std::size_t begin = 0;
-};
-
 template <class Unit>
-class DateReader {
+class DateReader : private DateCursor<Unit> {
  public:
   DateReader(std::basic_string_view<Unit> text, int missingZone)
-      : text_(text), zoneIfMissing_(missingZone) {}
+      : DateCursor<Unit>(text), zoneIfMissing_(missingZone) {}
 
   // Gives false and the fault when the text is no date.
   bool Read(MailDate& date);
   const DateFault& Fault() const { return fault_; }
 
  private:
+  using Cursor = DateCursor<Unit>;
+  using Cursor::At;
+  using Cursor::commentZone_;
+  using Cursor::DigitAt;
+  using Cursor::Here;
+  using Cursor::pos_;
+  using Cursor::ReadNumber;
+  using Cursor::SkipBlank;
+  using Cursor::Take;
+  using Cursor::TakeMark;
+  using Cursor::text_;
+
   enum class Seen { kPart, kDateAndTime, kAll };
   enum class Last { kNothing, kDateField, kOther };  // what stands directly before
 
@@ -73,25 +62,13 @@ class DateReader {
   }
   bool HasFailed() const { return fault_.problem != DateProblem::kNone; }
 
-  // Characters.
-  char16_t At(std::size_t pos) const { return pos < text_.size() ? Folded(text_[pos]) : u'\0'; }
-  char16_t Here() const { return At(pos_); }
-  bool DigitAt(std::size_t pos) const { return IsAsciiDigit(At(pos)); }
-  bool Take(char16_t wanted) {
-    if (pos_ >= text_.size() || Here() != wanted) return false;
-    ++pos_;
-    return true;
-  }
-  bool SkipBlank();
-  void SkipComment();
-  bool TakeMark(char16_t mark);
-  Number ReadNumber();
   std::optional<Field> ReadGroupPart(char16_t separator);
 
   // Parts of a date.
   void ReadItem();
   void ReadNumberItem();
   void ReadNumericDate(const Number& first, char16_t separator);
+  bool TakeTimePart(Field& field, char16_t mark);
   void ReadTime(const Number& hour, char16_t separator);
   void ReadFraction();
   void ReadMarkedNumber(const Number& number, char16_t mark);
@@ -105,6 +82,7 @@ class DateReader {
   bool Set(Field& field, int value, std::size_t position);
   void SetYear(const Number& number);
   bool HasDate() const { return year_.IsSet() && month_.IsSet() && day_.IsSet(); }
+  bool MayHaveZone() const { return hour_.IsSet() || HasDate(); }
   Seen SeenSoFar() const {
     if (!HasDate() || !hour_.IsSet()) return Seen::kPart;
     return offset_ || zoneName_ ? Seen::kAll : Seen::kDateAndTime;
@@ -115,8 +93,6 @@ class DateReader {
   int Zone();
   bool Finish(MailDate& date);
 
-  std::basic_string_view<Unit> text_;
-  std::size_t pos_ = 0;
   int zoneIfMissing_;
   Last last_ = Last::kNothing;
   Field year_, month_, day_, hour_, minute_, second_, weekday_;
@@ -125,70 +101,11 @@ class DateReader {
   std::optional<int> offset_;
   std::optional<int> zoneName_;
   bool zoneNameIsUtc_ = false;
-  std::optional<int> commentZone_;
   unsigned assumed_ = 0;
   DateFault fault_;
 };
 
-// ---- Characters ----
-
-// Comments are passed over with the white space. Gives whether there was anything.
-template <class Unit>
-bool DateReader<Unit>::SkipBlank() {
-  const std::size_t begin = pos_;
-  for (; pos_ < text_.size(); ++pos_) {
-    const char16_t c = Here();
-    if (c == u'(') {
-      SkipComment();
-      if (pos_ >= text_.size()) break;
-    } else if (c != u' ' && (c < u'\t' || c > u'\r')) {
-      break;
-    }
-  }
-  return pos_ != begin;
-}
-
-// Stops on the parenthesis that closes the comment, or at the end. A comment may be all that tells
-// the zone: "23:34:45 (JST)".
-template <class Unit>
-void DateReader<Unit>::SkipComment() {
-  const std::size_t begin = pos_ + 1;
-  int depth = 0;
-  for (; pos_ < text_.size(); ++pos_) {
-    const char16_t c = Here();
-    if (c == u'\\') ++pos_;
-    if (c == u'(') ++depth;
-    if (c == u')' && --depth == 0) break;
-  }
-  pos_ = std::min(pos_, text_.size());
-  date::WordText word;
-  for (std::size_t i = begin; i < pos_ && word.size < date::kLongestWord; ++i) word.Add(At(i));
-  const DateWord* const found = date::FindWord(word);
-  if (pos_ - begin == word.size && found != nullptr && found->kind == WordKind::kZone) {
-    commentZone_ = found->value;
-  }
-}
-
-// A sign of Japanese dates, behind blanks or not: "7 時".
-template <class Unit>
-bool DateReader<Unit>::TakeMark(char16_t mark) {
-  const std::size_t before = pos_;
-  SkipBlank();
-  if (Take(mark)) return true;
-  pos_ = before;
-  return false;
-}
-
-template <class Unit>
-Number DateReader<Unit>::ReadNumber() {
-  Number number;
-  number.begin = pos_;
-  for (; DigitAt(pos_); ++pos_) {
-    if (number.value < 100000) number.value = number.value * 10 + (Here() - u'0');
-    if (number.digits < 100) ++number.digits;
-  }
-  return number;
-}
+// ---- Fields ----
 
 // The number behind a separator, if one stands there.
 template <class Unit>
@@ -198,8 +115,6 @@ std::optional<Field> DateReader<Unit>::ReadGroupPart(char16_t separator) {
   const Number number = ReadNumber();
   return Field{number.digits > 4 ? 100000 : number.value, number.begin};
 }
-
-// ---- Fields ----
 
 template <class Unit>
 bool DateReader<Unit>::Set(Field& field, int value, std::size_t position) {
@@ -258,33 +173,40 @@ void DateReader<Unit>::ReadNumericDate(const Number& first, char16_t separator) 
   Set(year_, third->value, third->position);
 }
 
+// The minute or the second, if there is one. A mark must stand behind it then: without it "7時8分
+// 2004年" would take the year for the second.
+template <class Unit>
+bool DateReader<Unit>::TakeTimePart(Field& field, char16_t mark) {
+  const std::size_t before = pos_;
+  SkipBlank();
+  if (DigitAt(pos_)) {
+    const Number number = ReadNumber();
+    if (mark == u'\0' || TakeMark(mark)) {
+      field = {number.digits > 2 ? 100 : number.value, number.begin};
+      return true;
+    }
+  }
+  pos_ = before;
+  return false;
+}
+
 // Behind the hour: the separator has been passed.
 template <class Unit>
 void DateReader<Unit>::ReadTime(const Number& hour, char16_t separator) {
-  const bool isJapanese = separator == u'時';
   if (!Set(hour_, hour.digits > 2 ? 100 : hour.value, hour.begin)) return;
   minute_ = second_ = {0, hour.begin};
   last_ = Last::kOther;
-  SkipBlank();
-  if (isJapanese && Take(u'半')) {
-    minute_.value = 30;
+  if (separator == u'時') {
+    if (TakeMark(u'半')) {
+      minute_.value = 30;
+    } else if (TakeTimePart(minute_, u'分') && TakeTimePart(second_, u'秒')) {
+      ReadFraction();
+    }
     return;
   }
-  if (!DigitAt(pos_)) {
-    if (!isJapanese) Fail(DateProblem::kUnexpected, pos_);
-    return;
-  }
-  const Number minute = ReadNumber();
-  minute_ = {minute.digits > 2 ? 100 : minute.value, minute.begin};
-  if (!TakeMark(isJapanese ? u'分' : u':')) return;
-  SkipBlank();
-  if (!DigitAt(pos_)) {
-    if (!isJapanese) Fail(DateProblem::kUnexpected, pos_);
-    return;
-  }
-  const Number second = ReadNumber();
-  second_ = {second.digits > 2 ? 100 : second.value, second.begin};
-  if (isJapanese) TakeMark(u'秒');
+  if (!TakeTimePart(minute_, u'\0')) return Fail(DateProblem::kUnexpected, pos_);
+  if (!TakeMark(u':')) return;
+  if (!TakeTimePart(second_, u'\0')) return Fail(DateProblem::kUnexpected, pos_);
   ReadFraction();
 }
 
@@ -306,7 +228,9 @@ void DateReader<Unit>::ReadMarkedNumber(const Number& number, char16_t mark) {
 template <class Unit>
 void DateReader<Unit>::ReadPlainNumber(const Number& number) {
   if (HasDate()) {
-    const bool isZone = hour_.IsSet() && !offset_ && !zoneName_ && number.digits == 4;
+    // No place is further east than 14 hours.
+    const bool isZone =
+        hour_.IsSet() && !offset_ && !zoneName_ && number.digits == 4 && number.value <= 1400;
     if (!isZone) return Fail(DateProblem::kTwice, number.begin);
     if (number.value % 100 > 59) return Fail(DateProblem::kZoneRange, number.begin);
     offset_ = number.value / 100 * 60 + number.value % 100;
@@ -458,7 +382,9 @@ void DateReader<Unit>::ReadWord() {
       return;
     case WordKind::kZone:
     case WordKind::kMilitaryZone:
-      if (hour_.IsSet()) return TakeZoneName(word->value, word->kind == WordKind::kZone);
+      if (hour_.IsSet() || (word->kind == WordKind::kZone && HasDate())) {
+        return TakeZoneName(word->value, word->kind == WordKind::kZone);
+      }
       // "2004-05-06T07:08:09"
       if (!behindDate || text.size != 1 || text.units[0] != u't') {
         Fail(DateProblem::kUnexpected, begin);
@@ -478,7 +404,7 @@ void DateReader<Unit>::ReadItem() {
     ++pos_;
     return;
   }
-  if (IsOffsetHere() && hour_.IsSet()) return ReadOffset();
+  if (IsOffsetHere() && MayHaveZone()) return ReadOffset();
   if (IsAsciiLetter(c) || c >= 0x80) return ReadWord();
   Fail(DateProblem::kUnexpected, pos_);
 }

@@ -37,9 +37,12 @@ std::size_t EncodedWordScanner::Cursor::At(std::string_view text, std::size_t fr
   if (searched_ && found_ >= from) return found_;
   searched_ = true;
   // Words are short, and a general search would cost more than it finds.
-  for (found_ = text.find(first_, from); found_ + 1 < text.size();
-       found_ = text.find(first_, found_ + 1)) {
-    if (text[found_ + 1] == second_) return found_;
+  std::size_t anchor = text.find(anchor_, std::min(from + anchorOffset_, text.size()));
+  while (anchor != text.npos) {
+    const std::size_t found = anchor - anchorOffset_;
+    const std::size_t other = found + 1 - anchorOffset_;
+    if (other < text.size() && text[other] == other_) return found_ = found;
+    anchor = text.find(anchor_, anchor + 1);
   }
   return found_ = text.size();
 }

@@ -28,15 +28,19 @@ class EncodedWordScanner {
   bool Next(EncodedWord& word, std::size_t& begin, std::size_t& end);
 
  private:
-  // A search for two characters that never looks at a place twice.
+  // A search for two characters that never looks at a place twice. It looks for the one that is
+  // rarer in header values: text of kind Q is full of "=".
   class Cursor {
    public:
-    Cursor(char first, char second) : first_(first), second_(second) {}
+    // anchorOffset: 0 when the rare one is the first of the two, else 1.
+    Cursor(char anchor, char other, std::size_t anchorOffset)
+        : anchor_(anchor), other_(other), anchorOffset_(anchorOffset) {}
     std::size_t At(std::string_view text, std::size_t from);
 
    private:
-    char first_;
-    char second_;
+    char anchor_;
+    char other_;
+    std::size_t anchorOffset_;
     std::size_t found_ = 0;
     bool searched_ = false;
   };
@@ -49,9 +53,9 @@ class EncodedWordScanner {
 
   std::string_view raw_;
   std::size_t pos_ = 0;
-  Cursor openings_{'=', '?'};
-  Cursor closings_{'?', '='};
-  Cursor kanjiEscapes_{'\x1b', '$'};
+  Cursor openings_{'?', '=', 1};
+  Cursor closings_{'?', '=', 0};
+  Cursor kanjiEscapes_{'\x1b', '$', 0};
 };
 
 // Undoes the transfer encoding of words that follow one another, so that their bytes run on: a

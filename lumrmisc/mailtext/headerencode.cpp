@@ -62,6 +62,13 @@ class Cost {
     return form_ == Form::kBase64 ? (closed.size_ + 2) / 3 * 4 : closed.size_;
   }
 
+  // Whether Base64 text of these characters ends without padding.
+  bool IsUnpadded() const {
+    Cost closed = *this;
+    if (set_ != CodeSet::kAscii) closed.AddBytes(header::EscapeTo(CodeSet::kAscii));
+    return form_ != Form::kBase64 || closed.size_ % 3 == 0;
+  }
+
  private:
   void AddBytes(std::string_view bytes) {
     if (form_ == Form::kBase64) {
@@ -88,18 +95,25 @@ std::size_t CostOf(Cost::Form form, Characters characters) {
 }
 
 // The number of characters from the first one on that fit in room: up to a border where no joined
-// character follows, or, where a base has more of them than fit, up to any (0: not even one).
+// character follows, or, where a base has more of them than fit, up to any (0: not even one). Of
+// the last few borders one without padding is taken: GMime and others put the Base64 text of
+// adjacent words together and lose what stands behind padding.
 std::size_t CountFitting(Cost::Form form, Characters characters, std::size_t room, bool mayPart) {
   Cost cost(form);
   std::size_t whole = 0;
+  std::size_t unpadded = 0;
   std::size_t i = 0;
   for (; i < characters.size(); ++i) {
-    if (i > 0 && !characters[i].isJoined) whole = i;
+    if (i > 0 && !characters[i].isJoined) {
+      whole = i;
+      if (cost.IsUnpadded()) unpadded = i;
+    }
     cost.Add(characters[i]);
     if (cost.Total() > room) break;
   }
   if (i == characters.size()) return i;
-  return whole == 0 && mayPart ? i : whole;
+  if (whole == 0 && mayPart) return i;
+  return unpadded * 2 >= whole ? unpadded : whole;
 }
 
 // ---- Writing ----

@@ -23,8 +23,8 @@ UnitUse UseOf(char16_t unit) {
 }
 
 bool IsSuspect(char16_t unit) {
-  return unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || unit == 0x2028 || unit == 0x2029 ||
-         unit == 0xFEFF;
+  if (unit > 0x2029) return unit == 0xFEFF;
+  return unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || unit >= 0x2028;
 }
 
 // Writes units as UTF-16 or UTF-8 at the end of a text that has room for them.
@@ -46,6 +46,7 @@ class Utf8Writer {
 
   void Put(char16_t unit) {
     if (high_ != 0) return PutBehindHigh(unit);
+    if (unit >= 0x800 && unit < 0xD800) return PutThree(unit);
     if (unit < 0x80) {
       *out_++ = static_cast<char>(unit);
     } else if (unit < 0x800) {

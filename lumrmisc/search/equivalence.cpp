@@ -1,6 +1,8 @@
 #include "lumrmisc/search/equivalence_internal.h"
 
 #include <algorithm>
+#include <iterator>
+#include <string_view>
 
 #include "lumrmisc/platform/codepage.h"
 
@@ -8,8 +10,14 @@ namespace lumr {
 
 namespace {
 
+// The forms of one character, 0 where it has none: half-width large and small, full-width (of kana
+// the katakana) large and small, hiragana large and small. Capitals are large.
+struct EquivalenceRow {
+  char16_t forms[6] = {};
+  std::uint8_t takes = 0;  // the marks that the kana of the row takes
+};
 constexpr std::uint8_t kVoiced = 1;
-constexpr std::uint8_t kBoth = 3;
+constexpr std::uint8_t kBoth = 3;  // voiced and semi-voiced
 
 constexpr EquivalenceRow kRows[] = {
     // Latin letters.
@@ -182,10 +190,6 @@ char16_t ShiftJisCode(char16_t character) {
 
 }  // namespace
 
-std::span<const EquivalenceRow> EquivalenceRows() {
-  return kRows;
-}
-
 const EquivalenceTable& EquivalenceTable::Wide() {
   static const EquivalenceTable table(&SameCode);
   return table;
@@ -197,6 +201,7 @@ const EquivalenceTable& EquivalenceTable::Narrow() {
 }
 
 EquivalenceTable::EquivalenceTable(char16_t (*codeOf)(char16_t character)) {
+  static_assert(std::size(kRows) == kRowCount);
   std::uint32_t number = 0;
   for (const EquivalenceRow& row : kRows) {
     const std::uint32_t common =

@@ -8,22 +8,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
 #include <string_view>
 
 #include "lumrmisc/platform/mbcs.h"
 #include "lumrmisc/platform/types.h"
 
 namespace lumr {
-
-// The forms of one character, 0 where it has none: half-width large and small, full-width (of kana
-// the katakana) large and small, hiragana large and small. Capitals are large.
-struct EquivalenceRow {
-  char16_t forms[6] = {};
-  // The marks that the kana of the row takes: 1 voiced, 2 semi-voiced, 3 both.
-  std::uint8_t takes = 0;
-};
-std::span<const EquivalenceRow> EquivalenceRows();
 
 // What is known of a character, in the bits of one number; 0 for a character of no row.
 namespace unitkey {

@@ -89,13 +89,6 @@ UnitMatch Search(std::uint32_t mask, std::string_view text, const Words& words, 
   return forward ? search.First(text) : search.Last(text, text.size());
 }
 
-template <class Words>
-UnitMatch Search(bool wide, std::uint32_t mask, std::string_view text, const Words& words,
-                 bool forward) {
-  return wide ? Search<WideCharacters>(mask, WholeUnits(text), words, forward)
-              : Search<NarrowCharacters>(mask, text, words, forward);
-}
-
 // Whether a match of word ends where text does. It begins in the last bytes of the text: no form of
 // a unit is longer than twice another.
 template <class Characters>
@@ -111,11 +104,24 @@ std::size_t EndsFrom(std::string_view text, std::string_view word) {
   return text.size() - std::min(text.size(), kMostGrowth * word.size());
 }
 
-// The first word's unit alone.
 template <class Characters>
-std::string_view FirstUnit(std::string_view word) {
-  if (word.empty()) return {};
-  return word.substr(0, UnitReader<Characters>(unitkey::kAll).Read(word, 0).length);
+const char* FindFirstUnit(std::uint32_t mask, std::string_view text, std::string_view word,
+                          bool forward) {
+  if (word.empty()) return nullptr;
+  const UnitReader<Characters> reader(mask);
+  const std::string_view words[] = {word.substr(0, reader.Read(word, 0).length)};
+  const UnitMatch found = Search<Characters>(mask, text, words, forward);
+  return found.pos == npos ? nullptr : text.data() + found.pos;
+}
+
+// The first or last unit of text that equals the first one of word.
+const char* FindFirstUnit(std::uint32_t mask, const char* text, int len, const char* word,
+                          int wordLen, bool wide, bool forward) {
+  if (!IsText(text, len) || !IsText(word, wordLen)) return nullptr;
+  const std::string_view textView = CountedText(text, len);
+  const std::string_view wordView = CountedText(word, wordLen);
+  if (!wide) return FindFirstUnit<NarrowCharacters>(mask, textView, wordView, forward);
+  return FindFirstUnit<WideCharacters>(mask, WholeUnits(textView), WholeUnits(wordView), forward);
 }
 
 }  // namespace
@@ -150,22 +156,12 @@ int COptionComp2::_StartsWith(const char* text, int textLen, const char* word, i
 
 const char* COptionComp2::_FindFirstChar(const char* text, int len, const char* word, int wordLen,
                                          int wide) const {
-  if (!IsText(text, len) || !IsText(word, wordLen)) return nullptr;
-  const std::string_view view = CountedText(word, wordLen);
-  const std::string_view words[] = {wide ? FirstUnit<WideCharacters>(WholeUnits(view))
-                                         : FirstUnit<NarrowCharacters>(view)};
-  const UnitMatch found = Search(wide != 0, Mask(), CountedText(text, len), words, true);
-  return found.pos == npos ? nullptr : text + found.pos;
+  return FindFirstUnit(Mask(), text, len, word, wordLen, wide != 0, true);
 }
 
 const char* COptionComp2::_FindLastChar(const char* text, int len, const char* word, int wordLen,
                                         int wide) const {
-  if (!IsText(text, len) || !IsText(word, wordLen)) return nullptr;
-  const std::string_view view = CountedText(word, wordLen);
-  const std::string_view words[] = {wide ? FirstUnit<WideCharacters>(WholeUnits(view))
-                                         : FirstUnit<NarrowCharacters>(view)};
-  const UnitMatch found = Search(wide != 0, Mask(), CountedText(text, len), words, false);
-  return found.pos == npos ? nullptr : text + found.pos;
+  return FindFirstUnit(Mask(), text, len, word, wordLen, wide != 0, false);
 }
 
 int COptionComp2::StartsWith(const char* text, int textLen, const char* word, int wordLen,

@@ -21,7 +21,7 @@ class Machine {
     state_.slots.assign(program.slotCount, 0);
     state_.lookAheads.assign(program.slotCount, {});
     state_.memory.Close();
-    stack_.Clear();
+    stack_.Reset();
   }
 
   RegExpOutcome Run(std::size_t from, long long limit, RegExpSpan& match) {
@@ -29,12 +29,13 @@ class Machine {
     const std::size_t places = text_.Size() - std::min(from, text_.Size()) + 1;
     const long long worth =
         plan_.remembers ? RegExpMemory::Cost(plan_.memoryCount, places) : kNever;
+    const long long opening = worth > 0 && state_.remembersAtOnce ? 0 : worth;
     if (!plan_.anchored && !ToCandidate()) return RegExpOutcome::kNone;
     pos_ = start_;
     std::uint32_t at = 0;
     for (long long steps = 0; steps != limit; ++steps) {
       if (at >= program_.instructions.size()) break;  // the stack lost an entry for want of memory
-      if (steps == worth) state_.memory.Open(plan_.memoryCount, places);
+      if (steps == opening) state_.memory.Open(plan_.memoryCount, places);
       if (Failed(at)) {
         at = Fail();
         continue;

@@ -19,6 +19,11 @@ namespace lumr {
 class RegExpStack {
  public:
   void Clear() { depth_ = 0; }
+  // As Clear, and what was dropped is forgotten.
+  void Reset() {
+    depth_ = 0;
+    dropped_ = false;
+  }
   std::uint32_t Depth() const { return depth_; }
   void SetDepth(std::uint32_t depth) { depth_ = depth; }
   // Drops the value when there is no memory for it.
@@ -82,6 +87,7 @@ struct RegExpMachineState {
   std::vector<LookAhead> lookAheads;  // by slot
   RegExpStack stack;
   RegExpMemory memory;
+  bool remembersAtOnce = false;  // not only once it pays; tests want it
 };
 
 // Searches text from a position on within so many steps (negative: no limit).

@@ -1,6 +1,7 @@
 // From a program to the plan of a search for it.
 #include <algorithm>
 #include <map>
+#include <utility>
 
 #include "lumrmisc/platform/types.h"
 #include "lumrmisc/search/regexp_program_internal.h"
@@ -14,8 +15,8 @@ using Way = RegExpPlan::Way;
 using Range = std::pair<std::uint32_t, std::uint32_t>;
 
 constexpr std::uint32_t kMostCode = 0xFFFF;
-constexpr std::size_t kMostSets = 512;            // different sets of characters in one pattern
-constexpr std::size_t kMostSuccessors = 1 << 20;  // of all positions together
+constexpr std::size_t kMostSets = 512;        // different sets of characters in one pattern
+constexpr std::size_t kMostWalked = 1 << 22;  // instructions, to find what follows what
 
 bool Consumes(Op op) {
   return op == Op::kSymbol || op == Op::kAnyChar || op == Op::kRangeList || op == Op::kNotRangeList;
@@ -149,7 +150,21 @@ class Planner {
     for (std::uint32_t i = at + 1; i < instruction.operand; i += 2) {
       ranges.emplace_back(At(i).operand, std::min(At(i + 1).operand, kMostCode));
     }
-    return ranges;
+    return Merged(std::move(ranges));
+  }
+
+  // In ascending order, none touching another.
+  static std::vector<Range> Merged(std::vector<Range> ranges) {
+    std::sort(ranges.begin(), ranges.end());
+    std::vector<Range> merged;
+    for (const Range& range : ranges) {
+      if (!merged.empty() && range.first <= merged.back().second + 1) {
+        merged.back().second = std::max(merged.back().second, range.second);
+      } else {
+        merged.push_back(range);
+      }
+    }
+    return merged;
   }
 
   // Every different set of characters, and for each consuming instruction the number of its set.
@@ -243,6 +258,7 @@ class Planner {
       const std::uint32_t here = stack.back();
       stack.pop_back();
       if (visited_[here] == visit_) continue;
+      ++walked_;
       visited_[here] = visit_;
       if (Consumes(At(here).op) || At(here).op == Op::kBackRef) {
         found.push_back(here);
@@ -271,7 +287,6 @@ class Planner {
   bool MakePositions() {
     std::map<std::uint32_t, std::uint32_t> numbers;  // by instruction
     std::vector<std::uint32_t> instructions;
-    std::size_t total = 0;
     const auto number = [&](const std::vector<std::uint32_t>& reached) {
       std::vector<std::uint32_t> positions;
       for (const std::uint32_t at : reached) {
@@ -284,12 +299,11 @@ class Planner {
         if (added) instructions.push_back(at);
         positions.push_back(entry->second);
       }
-      total += positions.size();
       return positions;
     };
     plan_.start = number(Reach(2));
     for (std::size_t i = 0; i < instructions.size(); ++i) {
-      if (total > kMostSuccessors) {
+      if (walked_ > kMostWalked) {
         plan_.positions.clear();
         return false;
       }
@@ -325,6 +339,7 @@ class Planner {
   std::vector<RegExpClassSet> setClasses_;
   std::vector<std::uint32_t> visited_;
   std::uint32_t visit_ = 0;
+  std::size_t walked_ = 0;
 };
 
 }  // namespace

@@ -290,7 +290,7 @@ RegExpOutcome RegExpState::Search(const RegExpProgram& program, std::string_view
   if (program.options.IsWide()) {
     return SearchIn(program, WideText(nullptr, view), from, limit, match);
   }
-  return SearchIn(program, NarrowText(program.options.page, view), from, limit, match);
+  return SearchIn(program, NarrowText(program.options.page, view, from), from, limit, match);
 }
 
 RegExpOutcome RegExpState::SearchByMachine(const RegExpProgram& program, std::string_view view,

@@ -78,6 +78,9 @@ class RegExpState {
   RegExpOutcome SearchByMachine(const RegExpProgram& program, std::string_view view,
                                 std::size_t from, long long limit, RegExpSpan& match);
 
+  // For tests: the machine remembers failures from the first step on.
+  void RememberAtOnce() { machine_.remembersAtOnce = true; }
+
  private:
   template <class Text>
   RegExpOutcome SearchIn(const RegExpProgram& program, Text text, std::size_t from, long long limit,

@@ -2,6 +2,7 @@
 // text is one template over these.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -18,8 +19,12 @@ class NarrowText {
   static constexpr bool kWide = false;
   static constexpr std::size_t kUnit = 1;  // the size of the terminator
 
-  NarrowText(const MbcsPage* page, std::string_view text)
-      : page_(page), text_(text), borders_(*page, text) {}
+  // Places are asked for from from on, where a character begins.
+  NarrowText(const MbcsPage* page, std::string_view text, std::size_t from = 0)
+      : page_(page),
+        text_(text),
+        from_(std::min(from, text.size())),
+        borders_(*page, text.substr(from_)) {}
 
   const MbcsPage* Page() const { return page_; }
   std::string_view View() const { return text_; }
@@ -38,13 +43,14 @@ class NarrowText {
   }
 
   // Whether a character begins at pos; asked in rising or in falling order.
-  bool IsBorder(std::size_t pos) { return pos >= text_.size() || borders_.IsBorder(pos); }
+  bool IsBorder(std::size_t pos) { return pos >= text_.size() || borders_.IsBorder(pos - from_); }
   // Where the character before pos, a border behind the start, begins.
   std::size_t Before(std::size_t pos) { return IsBorder(pos - 1) ? pos - 1 : pos - 2; }
 
  private:
   const MbcsPage* page_;
   std::string_view text_;
+  std::size_t from_;
   CharacterBorders borders_;
 };
 

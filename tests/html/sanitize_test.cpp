@@ -104,6 +104,12 @@ TEST(ToSafeHtmlW2, ReportsWhatItRemoved) {
   SafeHtmlReport report;
   Clean(u"<p align=left>a <b>b</b><br>c</p>", {}, &report);
   EXPECT_EQ(report.removalCount, 0u);
+  // Of endless attributes the first 512 are looked at.
+  CStringW many = u"<p align=left";
+  for (int i = 0; i < 600; ++i) many += u" a=" + Wide(std::to_string(i));
+  EXPECT_EQ(Clean(many + u">x", {}, &report), u"<p align=\"left\">x</p>");
+  EXPECT_EQ(report.removalCount, 512u);
+  EXPECT_EQ(report.removals.back().name, u"p");
 }
 
 TEST(ToSafeHtmlW2, TellsWhereLinksLead) {

@@ -358,6 +358,16 @@ TEST(RegExpScanner, LooksBehindAMatchOnce) {
     ASSERT_EQ(end, count + 1);
   }
   EXPECT_EQ(count, text.size());
+
+  // Where characters begin in a run of lead bytes is found out from the last match on, not from
+  // the start of the run.
+  ASSERT_EQ(regExp.ParseRegExp("(\x81\x81)|b", CT_SJIS, 1, error), 1);
+  const std::string leads(600'000, '\x81');
+  RegExpScanner pairs(regExp, leads, CT_SJIS);
+  count = 0;
+  for (std::size_t start, end; pairs.Next(start, end) == RegExpOutcome::kFound; ++count) {
+  }
+  EXPECT_EQ(count, leads.size() / 2);
 }
 
 TEST(RegExpScanner, FindsWhatASearchFromThereFinds) {
