@@ -80,7 +80,13 @@ TEST(Show, ReadsWhatMailersGetWrong) {
       {"a blank plain text beside HTML",
        "Content-Type: multipart/alternative; boundary=b\n\n--b\n\n \n--b\nContent-Type: "
        "text/html\n\n<p>x\n--b--\n",
-       0, "<p>x\n", "its source is shown"},
+       0, "\nx\n", ""},
+      {"HTML with its own charset",
+       "Content-Type: text/html\n\n<meta charset=euc-jp><p>\xC6\xFC\xCB\xDC</p>\n", 0, "\n日本\n",
+       ""},
+      {"HTML with a script and a link",
+       "Content-Type: text/html; charset=us-ascii\n\n<script>x</script>a<br><a href=c>b</a>", 0,
+       "\na\nb (=> c )\n", ""},
       {"an attachment inside the alternative that is not taken",
        "Content-Type: multipart/alternative; boundary=b\n\n--b\n\nplain\n--b\nContent-Type: "
        "multipart/mixed; boundary=c\n\n--c\nContent-Type: text/html\n\n<p>\n--c\nContent-Type: "

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "headerfields.h"
+#include "lumrmisc/html/htmlcharset.h"
 #include "mimepart.h"
 #include "uublocks.h"
 
@@ -336,7 +337,10 @@ class MailReader {
     part.kind = type == "text/html" ? PartKind::kHtml : PartKind::kText;
     part.label = std::move(label);
     part.source = std::move(plain);
-    part.text = DecodeText(part.label, part.source.View());
+    const std::string_view bytes = part.source.View();
+    part.text = part.kind == PartKind::kHtml
+                    ? DecodeText(ResolveHtmlCharset(part.label, bytes), bytes)
+                    : DecodeText(part.label, bytes);
     NoteCharset(part);
     mail_.parts.push_back(std::move(part));
   }
@@ -352,7 +356,6 @@ class MailReader {
     } else if (charset.source == CharsetSource::kLabelLies) {
       Note(part.id, part.type, Say::kLabelLies, false, part.label, readAs);
     }
-    if (part.kind == PartKind::kHtml) Note(part.id, part.type, Say::kHtmlSource, false);
   }
 
   // A message inside the message. Who forwards mail "as attachment" wants it read, so its

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 
+#include "htmltext.h"
 #include "json.h"
 #include "lumrmisc/charset/codetype.h"
 #include "safetext.h"
+#include "textprinter.h"
 
 namespace lumr::tool {
 
@@ -68,8 +70,17 @@ void AppendAttachments(const std::vector<MailAttachment>& attachments, std::stri
   }
 }
 
+CStringW TextOfHtml(const MailPart& part, long long& invalid) {
+  return ReadableHtml(WideText(part.text.utf8.View(), invalid), true);
+}
+
 // Writes a text some lines at a time, so that a large one is not held twice.
-void WriteText(const MailPart& part, Session& session, std::vector<MailNote>& notes) {
+void WriteText(const MailPart& part, TextPrinter& printer, std::vector<MailNote>& notes) {
+  if (part.kind == PartKind::kHtml) {
+    long long invalid = 0;
+    printer.Print(TextOfHtml(part, invalid));
+    return NoteReplaced(part, invalid, notes);
+  }
   constexpr std::size_t kPieceSize = 1u << 16;
   std::string_view rest = part.text.utf8.View();
   std::string out;
@@ -80,9 +91,9 @@ void WriteText(const MailPart& part, Session& session, std::vector<MailNote>& no
     rest.remove_prefix(piece.size());
     out.clear();
     invalid += AppendSafe(piece, SafeForm::kLines, out);
-    session.Write(out);
+    if (rest.empty() && !out.ends_with('\n')) out += '\n';
+    printer.PrintSafe(out);
   }
-  if (!out.empty() && out.back() != '\n') session.Write("\n");
   NoteReplaced(part, invalid, notes);
 }
 
@@ -120,7 +131,13 @@ Json PartObject(const MailPart& part, std::vector<MailNote>& notes) {
   object["decidedBy"] = SourceName(part.text.charset.source);
   std::string text;
   const std::size_t before = notes.size();
-  NoteReplaced(part, AppendSafe(part.text.utf8.View(), SafeForm::kUtf8, text), notes);
+  long long invalid = 0;
+  if (part.kind == PartKind::kHtml) {
+    text = Utf8(TextOfHtml(part, invalid));
+  } else {
+    invalid = AppendSafe(part.text.utf8.View(), SafeForm::kUtf8, text);
+  }
+  NoteReplaced(part, invalid, notes);
   object["exact"] = notes.size() == before;
   object["text"] = std::move(text);
   return object;
@@ -143,7 +160,8 @@ std::string SentenceOf(const MailNote& note) {
          (note.skipped ? Text(Say::kPartSkipped, {what}) : what);
 }
 
-void PrintMailText(Mail& mail, Session& session) {
+void PrintMailText(Mail& mail, const TextLook& look, Session& session) {
+  TextPrinter printer(look, session);
   std::string out;
   AppendHeaders(mail.headers, out);
   bool first = true;
@@ -157,7 +175,7 @@ void PrintMailText(Mail& mail, Session& session) {
     if (!first) AppendRule(part, {}, out);
     session.Write(out + '\n');
     out.clear();
-    WriteText(part, session, mail.notes);
+    WriteText(part, printer, mail.notes);
     first = false;
   }
   AppendAttachments(mail.attachments, out);

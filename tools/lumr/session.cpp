@@ -71,6 +71,10 @@ void Session::Raise(ExitStatus status) {
   status_ = std::max(status_, status);
 }
 
+void Session::Conclude(bool found) {
+  if (status_ != kFailed) status_ = found ? kDone : kLost;
+}
+
 void Session::TellUnreadable(std::string_view file, FileError error) {
   Tell(file, Say::kCannotRead, {ReasonText(error)});
   Raise(kFailed);

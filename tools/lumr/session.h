@@ -47,6 +47,8 @@ class Session {
   // The exit status is the highest that was raised.
   void Raise(ExitStatus status);
   ExitStatus Status() const { return status_; }
+  // For a search, whose status says what it found: of what was raised only kFailed counts.
+  void Conclude(bool found);
 
   // Says why a file cannot be read or written, and raises kFailed.
   void TellUnreadable(std::string_view file, FileError error);

@@ -9,6 +9,7 @@
 #include "mailsource.h"
 #include "printmail.h"
 #include "safetext.h"
+#include "textlook.h"
 
 namespace lumr::tool {
 
@@ -21,7 +22,7 @@ std::string NameOf(const MailOrigin& origin) {
 
 class Shower {
  public:
-  explicit Shower(Session& session) : session_(session) {}
+  Shower(Session& session, const TextLook& look) : session_(session), look_(look) {}
 
   // several: whether each message gets a line with its name.
   void ShowPlace(const std::string& place, bool several) {
@@ -54,7 +55,7 @@ class Shower {
       PrintMailJson(origin.file, origin.number, mail, session_);
     } else if (mail.isMail) {
       if (named) session_.Write((shown_ > 1 ? "\n==> " : "==> ") + SafeLine(name) + " <==\n");
-      PrintMailText(mail, session_);
+      PrintMailText(mail, look_, session_);
     }
     for (const MailNote& note : mail.notes) TellNote(name, note);
   }
@@ -65,6 +66,7 @@ class Shower {
   }
 
   Session& session_;
+  const TextLook& look_;
   std::int64_t shown_ = 0;
 };
 
@@ -75,8 +77,11 @@ const bool kHasMailCommands = true;
 Runner AddShow(CLI::App& command) {
   const auto places = std::make_shared<std::vector<std::string>>();
   command.add_option("MAIL", *places, Text(Say::kShowMail))->required()->type_name("");
-  return [places](Session& session) {
-    Shower shower(session);
+  const auto options = AddLookOptions(command);
+  return [places, options](Session& session) {
+    TextLook look;
+    if (!MakeLook(session, *options, look)) return;
+    Shower shower(session, look);
     for (const std::string& place : *places) shower.ShowPlace(place, places->size() > 1);
   };
 }

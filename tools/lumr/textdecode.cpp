@@ -133,7 +133,10 @@ long long DecodedSize(Transfer transfer, std::string_view raw) {
 }
 
 DecodedText DecodeText(std::string_view label, std::string_view bytes) {
-  const MailCharset charset = ResolveMailCharset(label, bytes);
+  return DecodeText(ResolveMailCharset(label, bytes), bytes);
+}
+
+DecodedText DecodeText(const MailCharset& charset, std::string_view bytes) {
   // UTF-8 is checked and mended by the writer, in the same pass that makes it safe.
   const bool isUtf8 = charset.codeType == CT_ASCII || charset.codeType == CT_UTF8;
   if (isUtf8) return {HeldBytes(bytes), charset, 0};

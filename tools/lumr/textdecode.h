@@ -55,6 +55,9 @@ struct DecodedText {
 // Decodes by the label (may be empty) checked against the bytes. bytes must outlive the result.
 DecodedText DecodeText(std::string_view label, std::string_view bytes);
 
+// The same in a charset that is settled.
+DecodedText DecodeText(const MailCharset& charset, std::string_view bytes);
+
 // UTF-16 in UTF-8.
 std::string Utf8(std::u16string_view text);
 

@@ -5,9 +5,9 @@ _lumr() {
   local command='' sub='' word
   for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
     case $command:$word in
-      :show | :detect | :convert | :encode | :decode | :charsets) command=$word ;;
-      :settings | :users | :digest | :cipher) command=$word ;;
-      settings:* | users:* | digest:* | cipher:*) [[ $word == -* || -n $sub ]] || sub=$word ;;
+      :show | :reply | :compose | :check | :detect | :convert | :encode | :decode | :charsets | :grep | :links | :wrap | :unwrap) command=$word ;;
+      :address | :date | :header | :html | :settings | :users | :digest | :cipher) command=$word ;;
+      address:* | header:* | html:* | settings:* | users:* | digest:* | cipher:*) [[ $word == -* || -n $sub ]] || sub=$word ;;
     esac
   done
 
@@ -29,6 +29,14 @@ _lumr() {
       COMPREPLY=($(compgen -W 'base64 qp uu binhex hex url imap' -- "$current"))
       return
       ;;
+    --as)
+      COMPREPLY=($(compgen -W 'address pattern name organization server account' -- "$current"))
+      return
+      ;;
+    --format)
+      COMPREPLY=($(compgen -W 'rfc5322 iso8601 ja unix' -- "$current"))
+      return
+      ;;
     --key-file | -o | --output)
       compopt -o filenames 2>/dev/null
       COMPREPLY=($(compgen -f -- "$current"))
@@ -43,6 +51,9 @@ _lumr() {
   if [[ -z $sub && $current != -* ]]; then
     local subs=''
     case $command in
+      html) subs='safe text from-text charset lead links' ;;
+      address) subs='check parse format split' ;;
+      header) subs='decode encode' ;;
       settings) subs='get set unset list check diff encrypt decrypt' ;;
       users) subs='list add remove password' ;;
       digest) subs='md5 hmac-md5' ;;
@@ -58,18 +69,36 @@ _lumr() {
     local options='--help --json --lang'
     case $command:$sub in
       :) options+=' --version' ;;
+      address:check) options+=' --as' ;;
+      address:format) options+=' --plain' ;;
+      date:) options+=' --format --zone --missing-zone --now' ;;
+      html:safe) options+=' --strict --report' ;;
+      html:text) options+=' --links --reading' ;;
+      html:from-text) options+=' --charset' ;;
+      reply:) options+=' --from --charset' ;;
+      compose:) options+=' --from --to --cc --bcc --subject --charset' ;;
+      check:) options+=' --charset' ;;
+      header:decode) options+=' --charset' ;;
+      header:encode) options+=' --charset --kind --field --name' ;;
       settings:set) options+=' --key-file --create --reserve' ;;
       settings:encrypt | settings:decrypt) options+=' --key-file --output' ;;
       users:add) options+=' --key-file --id --user-dir' ;;
       users:password) options+=' --key-file --remove --required --not-required' ;;
       settings:?* | users:?* | cipher:?* | digest:hmac-md5) options+=' --key-file' ;;
       convert:) options+=' --from --to --in-place --report --strict' ;;
+      grep:) options+=' --ignore-case --ignore-width --ignore-kana --word --pattern --explain --any
+        --all --recursive --mail --from --line-number --byte-offset --only-matching --count
+        --files-with-matches --color' ;;
+      links:) options+=' --from' ;;
+      show:) options+=' --width --settings' ;;
+      wrap:) options+=' --width --from --quote --explain' ;;
+      unwrap:) options+=' --width --from' ;;
       encode:) options+=' --wrap --binary --all --name' ;;
     esac
     COMPREPLY=($(compgen -W "$options" -- "$current"))
   elif [[ -z $command ]]; then
-    COMPREPLY=($(compgen -W "show detect convert encode decode charsets
-      settings users digest cipher" -- "$current"))
+    COMPREPLY=($(compgen -W "show reply compose check header grep detect convert encode decode charsets links wrap unwrap
+      address date html settings users digest cipher" -- "$current"))
   elif [[ $command == users ]]; then
     compopt -o filenames 2>/dev/null
     COMPREPLY=($(compgen -d -- "$current"))

@@ -1,0 +1,110 @@
+// The commands that write mail from what is given.
+#include <gtest/gtest.h>
+
+#include "tool/tool_runner.h"
+
+namespace lumr::test {
+
+TEST(Compose, WritesWhatSendmailTakes) {
+  const RunResult result = ToolRunner().Run(
+      "compose --from a@b.jp --to \"山田 太郎 <taro@example.jp>, \\\"Doe, J\\\" <j@x.jp>\" "
+      "--subject "
+      "会議",
+      "本文\r\n二行目");
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(result.out,
+            "From: a@b.jp\n"
+            "To: =?ISO-2022-JP?B?GyRCOzNFRBsoQiAbJEJCQE86GyhC?= <taro@example.jp>,\n"
+            " \"Doe, J\" <j@x.jp>\n"
+            "Subject: =?ISO-2022-JP?B?GyRCMnE1RBsoQg==?=\n"
+            "MIME-Version: 1.0\n"
+            "Content-Type: text/plain; charset=ISO-2022-JP\n"
+            "Content-Transfer-Encoding: 7bit\n"
+            "\n"
+            "\x1b$BK\\J8\x1b(B\n\x1b$BFs9TL\\\x1b(B\n");
+}
+
+TEST(Compose, ChoosesCharsetAndTransfer) {
+  const struct {
+    const char* options;
+    std::string body;
+    const char* charset;
+    const char* transfer;
+  } cases[] = {
+      {"", "abc", "US-ASCII", "7bit"},
+      {"", "é", "ISO-8859-1", "8bit"},
+      {"", "①", "UTF-8", "8bit"},
+      {"--charset utf-8", "あ", "UTF-8", "8bit"},
+      {"--charset shift_jis", "①", "ISO-2022-JP", "7bit"},
+      {"", std::string(999, 'x'), "US-ASCII", "base64"},
+      {"", std::string(998, 'x'), "US-ASCII", "7bit"},
+      {"", std::string("a\0b", 3), "US-ASCII", "base64"},
+  };
+  for (const auto& c : cases) {
+    const RunResult result =
+        ToolRunner().Run(std::string("compose --to a@b.jp --subject x ") + c.options, c.body);
+    EXPECT_EQ(result.status, 0) << result.err;
+    const std::string expected =
+        std::string("charset=") + c.charset + "\nContent-Transfer-Encoding: " + c.transfer + "\n\n";
+    EXPECT_NE(result.out.find(expected), std::string::npos) << result.out;
+  }
+}
+
+TEST(Compose, SaysWhatIsWrongAndWhere) {
+  const struct {
+    const char* arguments;
+    std::string_view body;
+    int status;
+    const char* err;
+  } cases[] = {
+      {"--to \"a@b.jp\nBcc: x@y.jp\" --subject x", "", 2, "line break in --to (byte 7)"},
+      {"--to a@b.jp --subject \"a\rb\"", "", 2, "line break in --subject (byte 2)"},
+      {"--to a@b.jp --subject \"a\x1b[0m\"", "", 2, "control character in --subject (byte 2)"},
+      {"--to ab --subject x", "", 2, "--to: 'ab': The mail address has no \"@\"."},
+      {"--to \"a@b.jp, c;d@e.jp\" --subject x", "", 2, "'c;d@e.jp'"},
+      {"--to \"a (b@c.jp\" --subject x", "", 2, "not closed"},
+      {"--subject x", "", 2, "nobody to send it to"},
+      {"--to a@b.jp --subject x --charset x-no", "", 2, "unknown charset 'x-no'"},
+      {"--to a@b.jp --subject x --charset iso-2022-jp", "髙", 1,
+       "lacks characters of the message: 髙"},
+      {"--to a@b.jp --subject x", "ab\nc\xff", 1, "no UTF-8 from 2:2"},
+      {"--to a@b.jp --subject x missing", "", 2, "there is no such file"},
+  };
+  for (const auto& c : cases) {
+    const RunResult result = ToolRunner().Run(std::string("compose ") + c.arguments, c.body);
+    EXPECT_EQ(result.status, c.status) << c.arguments;
+    EXPECT_EQ(result.out, "") << c.arguments;
+    EXPECT_NE(result.err.find(c.err), std::string::npos) << result.err;
+    EXPECT_EQ(UnsafeIn(result.err), "");
+  }
+}
+
+TEST(Header, DecodesAndEncodes) {
+  const struct {
+    const char* arguments;
+    std::string_view input;
+    int status;
+    const char* out;
+  } cases[] = {
+      {"header decode \"=?UTF-8?B?44GC?=\" \"=?UTF-8?Q?a=0Ab=1B?=\"", "", 0, "あ\na b\n"},
+      {"header decode", "=?UTF-8?B?44GC?=\n =?UTF-8?B?44GE?=\nb\r\n", 0, "あい\nb\n"},
+      {"header decode --charset shift_jis", "\xb1\xb2\n", 0, "ｱｲ\n"},
+      {"header encode --charset iso-2022-jp --field Subject 会議", "", 0,
+       "Subject: =?ISO-2022-JP?B?GyRCMnE1RBsoQg==?=\n"},
+      {"header encode --kind q", "あ\nb\n", 0, "=?UTF-8?Q?=E3=81=82?=\nb\n"},
+      {"header encode --charset iso-8859-1 한", "", 1, "=?ISO-8859-1?Q?=3F?=\n"},
+      {"header encode --kind x a", "", 2, ""},
+      {"header encode \"a\nb\"", "", 2, ""},
+      {"header encode", "a\xff\n", 1, ""},
+  };
+  for (const auto& c : cases) {
+    const RunResult result = ToolRunner().Run(c.arguments, c.input);
+    EXPECT_EQ(result.status, c.status) << c.arguments << result.err;
+    EXPECT_EQ(result.out, c.out) << c.arguments;
+    EXPECT_EQ(result.err.empty(), c.status == 0) << result.err;
+  }
+  const Json line = JsonLines(ToolRunner().Run("header encode --json あ").out).at(0);
+  EXPECT_EQ(line.at("value"), "=?UTF-8?B?44GC?=");
+}
+
+}  // namespace lumr::test

@@ -1,0 +1,129 @@
+// lumr show: texts laid out, for a terminal and not.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <sstream>
+
+#include "charset/corpus.h"
+#include "lumrmisc/charset/convert.h"
+#include "lumrmisc/platform/unicode.h"
+#include "tool/tool_runner.h"
+
+namespace lumr::test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kMail =
+    "Subject: x\nContent-Type: text/plain; charset=utf-8\n\n"
+    "あいう。\n> 引用された長い行です。\n> > > > > a\nhttp://example.jp/?q=あ と a@b.jp\n"
+    "\\\\server\\share\\x.exe\n";
+
+// Columns as the layout counts them.
+int ColumnsOf(std::string_view utf8) {
+  CBuffer wide;
+  ConvertToOtherCodeType2(CT_UTF8, utf8, CT_UNICODE, wide);
+  int columns = 0;
+  for (const char16_t unit : wide.Units()) columns += IsUnitFullWidth(unit) ? 2 : 1;
+  return columns;
+}
+
+// The text of a setting data file.
+std::string Settings(std::string_view utf8) {
+  CBuffer wide;
+  ConvertToOtherCodeType2(CT_UTF8, utf8, CT_UNICODE, wide);
+  return "\xFF\xFE" + std::string(wide.Bytes());
+}
+
+std::string BodyOf(const std::string& shown) {
+  const std::size_t blank = shown.find("\n\n");
+  return blank == std::string::npos ? "" : shown.substr(blank + 2);
+}
+
+}  // namespace
+
+TEST(ShowLayout, TurnsAtAWidth) {
+  const ToolRunner tool;
+  EXPECT_EQ(BodyOf(tool.Run("show -", kMail).out), kMail.substr(kMail.find("\n\n") + 2))
+      << "no terminal: as it is";
+  EXPECT_EQ(BodyOf(tool.Run("show --width 6 -", kMail).out),
+            "あいう。\n> 引用\nされた\n長い行\nです。\n> > > \n> > a\nhttp:/\n/\nexampl\ne.jp/?\n"
+            "q=あ \nと a@b.\njp\n\\\\\nserver\n\\share\n\\x.exe\n");
+  tool.Write(
+      "set.ini",
+      Settings("[DATA-START]\n[Editor]\nAutoTurn=1\nTurnCols=10\nNoTurnURL=1\n[Own]\nAutoTurn=1\n"
+               "TurnCols=12\nNoTurnQuoted=1\nHead2Prev=い\n[DATA-END]\n"));
+  EXPECT_EQ(BodyOf(tool.Run("show --settings set.ini -", kMail).out),
+            "あいう。\n> 引用され\nた長い行で\nす。\n> > > > > \na\nhttp://example.jp/?q=\nあ と \n"
+            "a@b.jp\n\\\\server\\share\\x.exe\n");
+  EXPECT_EQ(BodyOf(tool.Run("show --settings set.ini:Own --width 2 -", kMail).out)
+                .substr(0, std::string("あい\nう\n。\n> 引用された").size()),
+            "あい\nう\n。\n> 引用された");
+  const struct {
+    const char *arguments, *said;
+  } wrong[] = {
+      {"show --width 0 -", "wrong usage"},
+      {"show --width x -", "wrong usage"},
+      {"show --settings none.ini -", "none.ini"},
+      {"show --settings set.ini:Nobody -", "no key [Nobody]"},
+  };
+  for (const auto& c : wrong) {
+    const RunResult result = tool.Run(c.arguments, kMail);
+    EXPECT_EQ(result.status, 2) << c.arguments;
+    EXPECT_NE(result.err.find(c.said), std::string::npos) << result.err;
+  }
+}
+
+// In the mails of the corpus, no line is wider than the width and one closing mark.
+TEST(ShowLayout, KeepsToTheWidth) {
+  LUMR_NEEDS_CORPUS();
+  const ToolRunner tool;
+  int seen = 0;
+  int turned = 0;
+  for (const auto& entry : fs::directory_iterator(CorpusPath() / "mail")) {
+    if (entry.path().extension() != ".eml" || ++seen % 4 != 0) continue;
+    const std::string mail = ReadCorpus(entry.path());
+    const Json plain = Json::parse(tool.Run("show --json -", mail).out, nullptr, false);
+    if (!plain.is_object() || plain["parts"].size() != 1 || !plain["attachments"].empty()) continue;
+    if (!plain["parts"][0].contains("text") || plain["parts"][0]["type"] != "text/plain") continue;
+    const std::string laid = tool.Run("show --width 40 -", mail).out;
+    std::istringstream lines(BodyOf(laid));
+    for (std::string line; std::getline(lines, line);) {
+      EXPECT_LE(ColumnsOf(line), 42) << entry.path() << line;
+    }
+    turned += laid != tool.Run("show -", mail).out;
+  }
+  EXPECT_GT(turned, 5);
+}
+
+// What a terminal is told; the program `script` of util-linux gives the tool one.
+TEST(ShowLayout, ColoursQuotesAndLinks) {
+  const ToolRunner tool;
+  tool.Write("mail.eml", kMail);
+  const std::string shell =
+      "COLORTERM=truecolor NO_COLOR= TERM=xterm script -qec \"stty cols 80; 'LUMR' show mail.eml\" "
+      "/dev/null </dev/null >.out 2>.err";
+  if (tool.Shell(
+              "command -v script >/dev/null && script -qec true /dev/null </dev/null >.out 2>.err "
+              "# LUMR")
+          .status != 0) {
+    GTEST_SKIP() << "there is no script command";
+  }
+  std::string line = shell;
+  line.replace(line.find("'LUMR'"), 6, "LUMR");
+  std::string out = tool.Shell(line).out;
+  std::erase(out, '\r');
+  const char* const parts[] = {
+      "\nあいう。\n",
+      "\n\x1B[38;2;0;128;0m> 引用された長い行です。\x1B[39m\n",
+      "\n\x1B[38;2;128;0;128m> > > > > a\x1B[39m\n",
+      "\n\x1B]8;id=lumr1;http://example.jp/?q=\x1B\\\x1B[4mhttp://example.jp/?q=\x1B[24m\x1B]8;;"
+      "\x1B\\あ と \x1B]8;id=lumr2;mailto:a@b.jp\x1B\\\x1B[4ma@b.jp\x1B[24m\x1B]8;;\x1B\\\n",
+      // Nobody clicks on a program.
+      "\n\x1B[4m\\\\server\\share\\x.exe\x1B[24m\n",
+  };
+  for (const char* const part : parts) EXPECT_NE(out.find(part), std::string::npos) << out;
+}
+
+}  // namespace lumr::test
