@@ -84,7 +84,9 @@ bool TakesPart(const Contender& peer, const Input& input) {
 
 std::vector<Row> AllRows() {
   std::vector<Row> rows = CharsetRows();
-  for (const auto& more : {TransferRows(), BufferRows(), CryptoRows(), SettingsRows()}) {
+  for (const auto& more :
+       {TransferRows(), AddressRows(), HeaderRows(), BufferRows(), RegExpRows(), OptionCompRows(),
+        HtmlRows(), CryptoRows(), SettingsRows(), LayoutRows(), LinkRows(), EditorRows()}) {
     rows.insert(rows.end(), more.begin(), more.end());
   }
   return rows;

@@ -55,7 +55,15 @@ struct Row {
 std::vector<Row> AllRows();
 std::vector<Row> CharsetRows();
 std::vector<Row> TransferRows();
+std::vector<Row> AddressRows();
+std::vector<Row> HeaderRows();
 std::vector<Row> BufferRows();
+std::vector<Row> RegExpRows();
+std::vector<Row> OptionCompRows();
+std::vector<Row> HtmlRows();
+std::vector<Row> LayoutRows();
+std::vector<Row> LinkRows();
+std::vector<Row> EditorRows();
 std::vector<Row> CryptoRows();
 std::vector<Row> SettingsRows();
 

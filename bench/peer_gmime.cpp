@@ -9,6 +9,24 @@
 namespace lumr::bench {
 namespace {
 
+// A function of GMime that makes a string of its own out of each value of the input.
+template <typename Make>
+Contender EachValue(Make make) {
+  return {"GMime", [make](std::string_view) -> Operation {
+            static const bool initialised = (g_mime_init(), true);
+            static_cast<void>(initialised);
+            return [make, out = std::string()](std::string_view input) mutable {
+              out.clear();
+              ForEachValue(input, [&](std::string_view value) {
+                char* const made = make(value.data());
+                out.append(made).append(1, '\0');
+                g_free(made);
+              });
+              return std::string_view(out);
+            };
+          }};
+}
+
 // A codec of GMime that takes all the input in one step.
 template <typename Step>
 Contender OneStep(std::size_t roomPerByte, Step step) {
@@ -74,6 +92,17 @@ Contender GmimeUudecode() {
   });
 }
 
+Contender GmimeHeaderDecode() {
+  return EachValue(
+      [](const char* value) { return g_mime_utils_header_decode_text(nullptr, value); });
+}
+
+Contender GmimeHeaderEncode(const char* charset) {
+  return EachValue([charset](const char* text) {
+    return g_mime_utils_header_encode_text(nullptr, text, charset);
+  });
+}
+
 std::string GmimeVersion() {
   return "GMime " + std::to_string(gmime_major_version) + "." +
          std::to_string(gmime_minor_version) + "." + std::to_string(gmime_micro_version);
@@ -100,6 +129,12 @@ Contender GmimeUuencode() {
   return NotBuilt("GMime");
 }
 Contender GmimeUudecode() {
+  return NotBuilt("GMime");
+}
+Contender GmimeHeaderDecode() {
+  return NotBuilt("GMime");
+}
+Contender GmimeHeaderEncode(const char*) {
   return NotBuilt("GMime");
 }
 std::string GmimeVersion() {

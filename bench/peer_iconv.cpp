@@ -65,7 +65,8 @@ std::vector<std::string> PeerVersions() {
   std::vector<std::string> versions = {std::string("iconv of glibc ") + gnu_get_libc_version()};
   for (const auto& version :
        {IcuVersion(), NkfVersion(), GmimeVersion(), OpensslVersion(), GlibVersion(),
-        UchardetVersion(), OnigurumaVersion(), NettleVersion(), GcryptVersion()}) {
+        UchardetVersion(), OnigurumaVersion(), Pcre2Version(), Libxml2Version(), NettleVersion(),
+        GcryptVersion(), UnibreakVersion()}) {
     if (!version.empty()) versions.push_back(version);
   }
   return versions;

@@ -39,6 +39,19 @@ Contender GmimeQuotedEncode();
 Contender GmimeQuotedDecode();
 Contender GmimeUuencode();  // without the begin line
 Contender GmimeUudecode();
+Contender GmimeAddressList();  // the number of entries, bytes of addresses, bytes of names
+Contender GmimeDate();         // seconds and minutes of the zone, added
+// Header values, each with a zero byte behind it, to UTF-8 and from it.
+Contender GmimeHeaderDecode();
+Contender GmimeHeaderEncode(const char* charset);
+template <typename Take>
+void ForEachValue(std::string_view values, Take take) {
+  while (!values.empty()) {
+    const std::size_t end = values.find('\0');
+    take(values.substr(0, end));
+    values.remove_prefix(end + 1);
+  }
+}
 
 Contender OpensslBase64Encode();
 Contender OpensslBase64Decode();
@@ -54,6 +67,28 @@ Contender Oniguruma(std::string_view word);       // in Shift_JIS; the position 
 Contender Memmem(std::string_view word);          // on bytes; the position in decimal
 Contender StringViewFind(std::string_view word);  // on bytes; the position in decimal
 Contender StringPushBack();                       // the input, appended byte by byte
+
+// All matches of a pattern, given in UTF-8, in a text of CP932 or UTF-16LE; their number. PCRE2
+// reads the text in UTF-16 in either case, by units, and is timed on the input's bytes.
+Contender OnigurumaAll(const std::string& utf8, const std::string& charset);
+Contender Pcre2All(const std::string& utf8, const std::string& charset, bool jit);
+
+// A word whatever its case, width and kind of kana, in a text of the charset (converted to UTF-16
+// first where it is another): by collation for Japanese at secondary strength, the position in
+// units; and in the text normalized to NFKC and case-folded, the position there.
+Contender IcuStringSearch(const std::string& charset, std::u16string_view word);
+Contender IcuFoldAndFind(const std::string& charset, std::u16string_view word);
+
+// Pages in UTF-16, converted to UTF-8 beforehand. Their text as libxml2's parser reports it, the page
+// parsed and written again, and the text as text browsers print it.
+Contender Libxml2Sax();
+Contender Libxml2Serialise();
+Contender W3mDump();
+Contender LynxDump();
+
+// Line-break opportunities for Japanese in a text of CP932 or UTF-16LE, read in UTF-16; their number.
+Contender IcuLineBreaks(const std::string& charset);
+Contender UnibreakLineBreaks(const std::string& charset);
 
 // Digests of the input, 16 bytes; the HMAC under the input's first bytes. Blowfish in blocks of
 // its own (electronic codebook) under a fixed key; the key schedule of the input as key, shown by a
@@ -93,7 +128,10 @@ std::string OpensslVersion();
 std::string GlibVersion();
 std::string UchardetVersion();
 std::string OnigurumaVersion();
+std::string Pcre2Version();
+std::string Libxml2Version();
 std::string NettleVersion();
 std::string GcryptVersion();
+std::string UnibreakVersion();
 
 }  // namespace lumr::bench
