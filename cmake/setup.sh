@@ -10,6 +10,7 @@ packages_release="$packages_tests python3 clang-format"
 packages_asan="$packages_tests"
 packages_windows="$packages_tool g++-mingw-w64-x86-64-posix googletest wine wine64"
 packages_fuzz="$packages_build clang"
+packages_browser="$packages_tests python3 chromium chromium-driver"
 packages_bench="$packages_tool libbenchmark-dev libicu-dev libssl-dev nettle-dev libgcrypt20-dev libuchardet-dev libonig-dev nkf"
 
 say() { printf '%s\n' "$*" >&2; }
