@@ -22,6 +22,7 @@ constexpr std::size_t kLongestLinkText = 1024;
 
 constexpr std::u16string_view kPageStart =
     u"<!DOCTYPE html><html><head><meta charset=\"utf-8\">"
+    u"<meta http-equiv=\"x-dns-prefetch-control\" content=\"off\">"
     u"<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; ";
 constexpr std::u16string_view kImagesOfMail = u"img-src data: cid:";
 constexpr std::u16string_view kImagesOfAll = u"img-src data: cid: http: https:";

@@ -37,8 +37,9 @@ struct SafeHtmlOptions {
   bool allowRemoteImages = false;  // http and https
   bool allowCidImages = true;      // parts of the same mail, which the caller resolves
   bool allowDataImages = true;     // PNG, GIF, JPEG, WebP and BMP
-  // A page of its own with its charset (UTF-8) and a policy that forbids scripts and requests once
-  // more; for a file or a frame, where a bare fragment would be read in a guessed charset.
+  // A page of its own with its charset (UTF-8), and a policy that forbids scripts and requests once
+  // more and has no browser look up the hosts of links beforehand; for a file or a frame, where a
+  // bare fragment would be read in a guessed charset.
   bool wholePage = false;
 };
 

@@ -281,6 +281,9 @@ class TextEncoder {
       count = std::max<std::size_t>(count, 1);
       WriteWord(characters.first(count), isBase64);
       characters = characters.subspan(count);
+      if (characters.empty()) return;
+      writer_.Fold();
+      isFirst_ = true;
     }
   }
 

@@ -20,7 +20,6 @@ using preflight::OfferRow;
 
 constexpr unsigned kJapanesePage = 932;
 constexpr unsigned kChinesePage = 936;
-constexpr unsigned kUtf16Page = 1200;
 
 constexpr auto kSortedOffers = [] {
   std::array<OfferRow, std::size(preflight::kOffers)> rows{};

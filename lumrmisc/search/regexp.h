@@ -33,10 +33,11 @@
 // Ignoring case folds pattern and text alike: letters to lower case, small kana to large
 // (charset/casefold.h). The pattern is folded before it is read, so "\D" is "\d" there.
 //
-// Time. Patterns without back-references, without "!" and without an optional element that may be
-// empty are run as an automaton, in time linear in the text. The others backtrack: with "!" at
-// worst in the text times the pattern while that is remembered in 16 MiB, with back-references
-// exponentially. MatchLimited bounds what any of them may take.
+// Time. Patterns without back-references, without "!", without an optional element that may be
+// empty, and that tell no more than 250 kinds of characters apart are run as an automaton, in time
+// linear in the text. The others backtrack: without back-references and such elements at worst in
+// the text times the pattern while that fits 16 MiB of bits, else exponentially. MatchLimited
+// bounds what any of them may take.
 //
 // An object belongs to one thread at a time. A null text is never matched. Nothing is thrown: where
 // memory is missing a pattern is refused, and a search finds nothing (MatchLimited: kLimit). Texts

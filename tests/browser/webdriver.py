@@ -33,6 +33,7 @@ class Browser:
             "--headless=new", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage",
             "--disable-background-networking", "--disable-component-update", "--disable-sync",
             "--no-first-run", "--no-default-browser-check", "--disable-quic", "--no-pings",
+            "--dns-prefetch-disable",
             "--disable-default-apps", "--disable-extensions", "--disable-client-side-phishing-detection",
             "--disable-features=OptimizationHints,MediaRouter,Translate,InterestFeedContentSuggestions,"
             "AutofillServerCommunication,CertificateTransparencyComponentUpdater,NetworkTimeServiceQuerying",
@@ -41,7 +42,11 @@ class Browser:
         ]
         value = self._call("POST", "/session", {"capabilities": {"alwaysMatch": {
             "browserName": "chrome", "unhandledPromptBehavior": "dismiss",
-            "goog:chromeOptions": {"args": arguments},
+            "goog:chromeOptions": {
+                "args": arguments,
+                # No connection ahead of a click: where the mouse is pressed on a link, the browser would open one
+                # before the page can cancel the click.
+                "prefs": {"net.network_prediction_options": 2}},
             "goog:loggingPrefs": {"performance": "ALL"},
             "timeouts": {"script": 60000, "pageLoad": 60000},
         }}})
