@@ -39,14 +39,20 @@ std::string Subjects(std::string text) {
   return subjects;
 }
 
-// The same subjects as they stand in mail.
+// Whether a word with padding stands before another one: GMime loses what is behind it.
+bool HasInnerPadding(std::string_view value) {
+  const std::size_t padding = value.find("=?=");
+  return padding != value.npos && value.find("=?", padding + 3) != value.npos;
+}
+
+// The same subjects as they stand in mail, as far as both sides can read them.
 template <CodeType codeType, HeaderWordKind kind>
 std::string EncodedSubjects(std::string text) {
   std::string out;
   ForEachValue(Subjects(std::move(text)), [&out](std::string_view subject) {
     CStringA value;
     AppendHeaderText(WideOf(subject), {codeType, kind}, value);
-    out.append(value).append(1, '\0');
+    if (!HasInnerPadding(value)) out.append(value).append(1, '\0');
   });
   return out;
 }

@@ -15,7 +15,6 @@ namespace {
 
 constexpr int kInsertCaretWidth = 2;
 constexpr int kLineRulerColumns = 6;
-constexpr int kHeadlessColumns = 80;
 
 int ClampToInt(long long value) {
   return static_cast<int>(std::clamp<long long>(value, std::numeric_limits<int>::min(),
