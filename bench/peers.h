@@ -79,14 +79,15 @@ Contender Pcre2All(const std::string& utf8, const std::string& charset, bool jit
 Contender IcuStringSearch(const std::string& charset, std::u16string_view word);
 Contender IcuFoldAndFind(const std::string& charset, std::u16string_view word);
 
-// Pages in UTF-16, converted to UTF-8 beforehand. Their text as libxml2's parser reports it, the page
-// parsed and written again, and the text as text browsers print it.
+// Pages in UTF-16, converted to UTF-8 beforehand. Their text as libxml2's parser reports it, the
+// page parsed and written again, and the text as text browsers print it.
 Contender Libxml2Sax();
 Contender Libxml2Serialise();
 Contender W3mDump();
 Contender LynxDump();
 
-// Line-break opportunities for Japanese in a text of CP932 or UTF-16LE, read in UTF-16; their number.
+// Line-break opportunities for Japanese in a text of CP932 or UTF-16LE, read in UTF-16; their
+// number.
 Contender IcuLineBreaks(const std::string& charset);
 Contender UnibreakLineBreaks(const std::string& charset);
 

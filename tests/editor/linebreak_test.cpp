@@ -119,7 +119,8 @@ TEST(LineBreakCorpus, MarksOfTheCssTests) {
       {"w3c-ja.jsonl", "strict", "start", 4, "small kana and dashes neither",
        "°‐․…′‵‼⁈℉〜ぁぅぉゃょゕァゥォャョヵ・ーㇱㇳㇵㇷㇹㇻㇽㇿ︙％；ｨｪｬｮｰ"},
       {"w3c-classes.jsonl", "loose", "start", 12, "the list holds what Japanese mail closes with",
-       "༻៖‼⁇⁉⁾⌉〉❫❯❳⟆⟩⟭⦄⦈⦌⦐⦔⦘⧛⸣⸧〗〛〜〟〼・ꀕ︑︘︸︼﹀﹄﹐﹕﹚﹞；｠𓉜𓊂𓊉𓍻𔗏"
+       "༻៖‼⁇⁉⁾⌉〉❫❯❳⟆⟩⟭⦄⦈⦌⦐⦔⦘⧛⸣⸧〗〛〜〟〼・ꀕ︑︘︸︼﹀﹄﹐﹕﹚﹞；｠𓉜𓊂𓊉𓍻"
+       "𔗏"
        "🙹"
        "🙻"},
       {"w3c-classes.jsonl", "loose", "end", 8, "and what it opens with",
