@@ -31,10 +31,11 @@ int InsertDefaultBodyFont(const char16_t* fontFamily, CStringW& html);
 int RemoveDefaultBodyFont(CStringW& html);
 
 // Keeps the source lines of outgoing HTML short: line ends (CR LF) around tags that make blocks,
-// and in running text where more than 76 units have passed, at a blank if there is one. The 20
-// units before a tag are never broken, nor is a character reference, a surrogate pair or CR LF.
-// Line ends that are in the text do not restart the count: two texts that differ only
-// in them are broken at the same places. Text behind the last tag stays as it is.
+// behind any other tag or comment without a line end in the 76 units before it, and in running
+// text where more than 76 units have passed since the last tag or break, at a blank if there is
+// one. The 20 units before a tag are never broken, nor is a character reference, a surrogate pair
+// or CR LF. Line ends that are in the text do not restart the count: they are blanks to a reader.
+// Text behind the last tag stays as it is.
 void AdjustHtmlBreakLine(CStringW& html);
 
 }  // namespace lumr

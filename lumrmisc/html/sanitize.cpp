@@ -434,6 +434,7 @@ std::size_t Sanitizer::WriteLink(const HtmlAttribute& attribute) {
     return TreeWriter::kNoLink;
   }
   if (link.hadUserInfo) reporter_.RemovedAttribute(Reason::kUserInfo, attribute, value);
+  if (link.lostFields) reporter_.RemovedAttribute(Reason::kAddress, attribute, value);
   WriteNamed(u"href", link.address);
   WriteNamed(u"title", link.title);
   out_ += u" rel=\"noopener noreferrer\"";

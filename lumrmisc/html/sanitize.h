@@ -11,7 +11,8 @@
 //   of a form or an unknown element only the tags go.
 // - Links keep http, https, ftp, mailto and tel addresses, and targets within the page. Each
 //   shows its address as its title, the host in ASCII (RFC 3492), and has rel="noopener
-//   noreferrer". User names and passwords in addresses are taken out.
+//   noreferrer". User names and passwords in addresses are taken out, and so are the fields of
+//   mailto: addresses that could do more than begin a message ("attach").
 // - Images keep cid: addresses and data: addresses of raster images in Base64, as the options say.
 //   Remote images lose their address unless the caller allows them.
 // - style attributes are read as declarations and written back from a list: no url(), no escapes,
@@ -59,7 +60,7 @@ enum class SafeHtmlReason {
   kComment,           // comments, processing instructions, marked sections
   kUnfinishedTag,     // the source ends inside a tag
   kAttribute,         // not in the list, or a value of another form; of a tag: its 513th and more
-  kAddress,           // an address that is not allowed here, or none at all
+  kAddress,           // an address, or a field of one, that is not allowed here; or none at all
   kUserInfo,          // a user name or password in an address
   kRemoteImage,       // the address of a remote image
   kEmbeddedImage,     // a cid: or data: image that the options or its kind forbid

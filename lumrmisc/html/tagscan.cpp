@@ -76,7 +76,7 @@ TagNameKey TagNameOf(std::u16string_view html, const TagSpan& span) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     const bool isOpeningSlash = i == 0 && text[0] == u'/';
     if (!isOpeningSlash && EndsName(text[i])) return key;
-    if (text[i] > 0x7F || i == kLongestName) return 0;
+    if (text[i] == 0 || text[i] > 0x7F || i == kLongestName) return 0;
     key = key << 8 | UnitAsciiLower(text[i]);
   }
   return 0;  // the text ends in the name

@@ -31,7 +31,7 @@ bool FindTag(std::u16string_view html, std::size_t from, TagSpan& span);
 
 // The name of a tag as one number: that of TagName for its name, in which case does not count, a
 // "/" at the start belongs to it ("/body", "!doctype"), and whose end is ">", "/" or white
-// space. 0 when it has none of at most eight ASCII characters. A comment has no name.
+// space. 0 when it has none of at most eight ASCII characters without NUL. A comment has no name.
 using TagNameKey = std::uint64_t;
 TagNameKey TagNameOf(std::u16string_view html, const TagSpan& span);
 

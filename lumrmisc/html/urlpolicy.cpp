@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 
 #include "lumrmisc/html/linkhost_internal.h"
 #include "lumrmisc/html/nametable_internal.h"
@@ -157,15 +158,59 @@ LinkAddress ReadWebAddress(const SchemeRow& scheme, std::u16string_view rest) {
   return link;
 }
 
+// What a link may fill into a message. Mail programs take other fields for orders: "attach" names
+// a file of the reader's.
+constexpr std::string_view kMailFields[] = {"bcc",        "body",    "cc", "in-reply-to",
+                                            "references", "subject", "to"};
+
+bool HasEscapedLineEnd(std::u16string_view text) {
+  for (std::size_t pos = text.find(u'%'); pos != std::u16string_view::npos;
+       pos = text.find(u'%', pos + 1)) {
+    const std::u16string_view digits = text.substr(pos + 1, 2);
+    if (EqualsNoCase(digits, "0a") || EqualsNoCase(digits, "0d")) return true;
+  }
+  return false;
+}
+
+// Line ends are for the body only, elsewhere they would begin a field (RFC 6068, 5).
+bool IsMailField(std::u16string_view field) {
+  const std::u16string_view name = field.substr(0, FindUnit(field, 0, u'='));
+  return std::any_of(std::begin(kMailFields), std::end(kMailFields),
+                     [&](std::string_view known) { return EqualsNoCase(name, known); }) &&
+         (EqualsNoCase(name, "body") || !HasEscapedLineEnd(field));
+}
+
+// fields: what stands behind the "?".
+void AppendMailFields(std::u16string_view fields, LinkAddress& link) {
+  char16_t sign = u'?';
+  while (!fields.empty()) {
+    const std::size_t end = FindUnit(fields, 0, u'&');
+    const std::u16string_view field = fields.substr(0, end);
+    fields.remove_prefix(std::min(end + 1, fields.size()));
+    if (IsMailField(field)) {
+      link.address += sign;
+      AppendRest(field, false, link.address);
+      sign = u'&';
+    } else if (!field.empty()) {
+      link.lostFields = true;
+    }
+  }
+}
+
 LinkAddress ReadMailAddress(const SchemeRow& scheme, std::u16string_view rest) {
   LinkAddress link;
-  AppendScheme(scheme, link.address);
-  AppendRest(rest, false, link.address);
-  link.title = link.address;
   const std::u16string_view address = rest.substr(0, FindUnit(rest, 0, u'?'));
-  const std::size_t at = address.rfind(u'@');
-  if (at != std::u16string_view::npos) {
-    const CStringW plain = PlainHost(address.substr(at + 1));
+  if (HasEscapedLineEnd(address)) return link;
+  AppendScheme(scheme, link.address);
+  AppendRest(address, false, link.address);
+  AppendMailFields(rest.substr(std::min(address.size() + 1, rest.size())), link);
+  link.title = link.address;
+  // The "@" may be escaped; npos + 1 is 0.
+  const std::size_t escaped = address.rfind(u"%40");
+  const std::size_t host =
+      std::max(address.rfind(u'@') + 1, escaped == std::u16string_view::npos ? 0 : escaped + 3);
+  if (host > 0) {
+    const CStringW plain = PlainHost(address.substr(host));
     link.host = AsciiHost(plain);
     link.mixesScripts = HostMixesScripts(plain);
   }

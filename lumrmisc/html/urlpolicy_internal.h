@@ -19,11 +19,13 @@ struct LinkAddress {
   CStringW host;     // ASCII, see SafeHtmlLink
   bool hadUserInfo = false;
   bool mixesScripts = false;
-  bool isScript = false;  // javascript: and the like
+  bool lostFields = false;  // of a message that the link begins, see ReadLinkAddress
+  bool isScript = false;    // javascript: and the like
 };
 // Reads an address as a browser does: white space at its ends and line ends inside it are nothing,
 // "\" is "/", "//host" means https. What could end an attribute or hide part of the address is
-// written as percent escapes. Reading the result again gives the result.
+// written as percent escapes. Of the fields of a mailto: address those of a list stay. Reading the
+// result again gives the result.
 LinkAddress ReadLinkAddress(std::u16string_view value);
 
 struct ImageAddress {

@@ -84,6 +84,8 @@ TEST(ToSafeHtmlW2, ReportsWhatItRemoved) {
       {u"<table width=x></table>", kAttribute, 7, u"width"},
       {u"<a href='x.html'>", kAddress, 3, u"href", u"x.html"},
       {u"<a href='javascript:x'>", kScript, 3, u"href", u"javascript:x"},
+      {u"<a href='mailto:a@b?&ATTACH=c'>", kAddress, 3, u"href", u"mailto:a@b?&ATTACH=c"},
+      {u"<a href='mailto:a%0Ab@c'>", kAddress, 3, u"href", u"mailto:a%0Ab@c"},
       {u"<a href='http://a@b/'>", kUserInfo, 3, u"href", u"http://a@b/"},
       {u"<img src='http://a/&amp;'>", kRemoteImage, 5, u"src", u"http://a/&"},
       {u"<img src='data:text/html,x'>", kEmbeddedImage, 5, u"src", u"data:text/html,x"},
@@ -160,6 +162,8 @@ TEST(ToSafeHtmlW2, TellsWhereLinksLead) {
       {"http://evil.test/", "127.0.0.1", "evil.test", {.another = true}},
       {"mailto:a@example.com?cc=b@evil.test", "a@example.com", "example.com"},
       {"mailto:a@evil.test", "info@bank.example", "evil.test", {.another = true}},
+      {"mailto:a%40evil.test", "info@bank.example", "evil.test", {.another = true}},
+      {"mailto:a%40bank.example@evil.test", "a@bank.example", "evil.test", {.another = true}},
       {"tel:110", "bank.example", ""},
   };
   for (const auto& c : cases) {

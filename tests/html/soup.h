@@ -71,6 +71,7 @@ inline std::u16string TagSoup(std::mt19937& random, int pieces) {
       u"<table>",
       u"<base x>",
       u"<link>",
+      {u"<\0link>", 7},
       u"<!DOCTYPE html>",
       u"<html>",
       u"<!DOCTYPE HTML PUBLIC \"-//W3C//DTD HTML 4.01 Transitional//EN\">",

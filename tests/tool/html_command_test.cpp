@@ -1,6 +1,8 @@
 // lumr html.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "tool/tool_runner.h"
 
 namespace lumr::test {
@@ -50,9 +52,11 @@ TEST(HtmlCommand, MakesWhatIsAskedFor) {
 
 TEST(HtmlCommand, ReportsWhatItRemoved) {
   const ToolRunner tool;
-  const RunResult result = tool.Run("html safe --strict --report --json",
-                                    "<p onclick=x>a<script>b</script><img src=http://c/>");
+  const RunResult result =
+      tool.Run("html safe --strict --report --json",
+               "<p onclick=x>a<script>b</script><img src=http://c/><a href=tel:1>d</a>");
   EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 4) << result.err;
   EXPECT_EQ(result.out.find("http:"), std::string::npos) << result.out;
   EXPECT_EQ(result.out.find("script"), std::string::npos) << result.out;
   for (const char* const removed : {"event-handler", "script", "remote-image"}) {

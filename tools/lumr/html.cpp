@@ -201,6 +201,12 @@ const ReasonRow& RowOf(SafeHtmlReason reason) {
   return kReasons[0];
 }
 
+// TellLine ends the line, as JsonLine does.
+void TellObject(Session& session, const Json& object) {
+  const std::string line = JsonLine(object);
+  session.TellLine(std::string_view(line).substr(0, line.size() - 1));
+}
+
 void TellRemoval(Session& session, const std::string& file, const SafeHtmlRemoval& removal) {
   const ReasonRow& row = RowOf(removal.reason);
   if (session.json) {
@@ -209,7 +215,7 @@ void TellRemoval(Session& session, const std::string& file, const SafeHtmlRemova
                    {"removed", row.name},
                    {"name", JsonText(Utf8(removal.name))}};
     if (!removal.value.empty()) object["value"] = JsonText(Utf8(removal.value));
-    return session.TellLine(JsonLine(object));
+    return TellObject(session, object);
   }
   const std::string name = removal.name.empty() ? "" : ' ' + SafeLine(Utf8(removal.name));
   const std::string value = removal.value.empty() ? "" : ' ' + SafeLine(Utf8(removal.value));
@@ -243,7 +249,7 @@ void TellReport(Session& session, const std::string& file, const SafeHtmlReport&
   for (const SafeHtmlRemoval& removal : report.removals) TellRemoval(session, file, removal);
   for (const SafeHtmlLink& link : report.links) {
     if (session.json)
-      session.TellLine(JsonLine(LinkObject(file, link)));
+      TellObject(session, LinkObject(file, link));
     else if (IsSuspicious(link))
       TellSuspicious(session, file, link);
   }
