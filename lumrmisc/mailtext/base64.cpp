@@ -159,10 +159,6 @@ void DecodeGroups(const char*& in, const char* end, char*& out) {
   }
 }
 
-bool IsLayout(char c) {
-  return IsBlank(c) || IsLineBreak(c);
-}
-
 }  // namespace
 
 char* Base64Decoder::Write(std::string_view in, char* out) {

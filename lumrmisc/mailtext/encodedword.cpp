@@ -3,6 +3,7 @@
 #include "lumrmisc/buffer/ascii.h"
 #include "lumrmisc/mailtext/encodedword_internal.h"
 #include "lumrmisc/mailtext/quotedprintable_internal.h"
+#include "lumrmisc/mailtext/transfer_internal.h"
 
 namespace lumr {
 namespace {
@@ -75,6 +76,10 @@ bool EncodedWordScanner::ReadOpening(std::size_t pos, EncodedWord& word,
 
 // The next opening, or the end. In raw ISO-2022-JP text the same bytes are halves of characters.
 std::size_t EncodedWordScanner::FindOpening(EncodedWord& word, std::size_t& textStart) {
+  // Most words stand at the start, or with only white space before them.
+  std::size_t first = pos_;
+  while (first < raw_.size() && transfer::IsLayout(raw_[first])) ++first;
+  if (first == raw_.size() || ReadOpening(first, word, textStart)) return first;
   while (true) {
     const std::size_t escape = kanjiEscapes_.At(raw_, pos_);
     const std::size_t opening = openings_.At(raw_, pos_);
@@ -107,8 +112,11 @@ std::size_t EncodedWordScanner::FindOpeningBelow(std::size_t limit, std::size_t 
 // Where the text of a word ends, and (end) the word itself.
 std::size_t EncodedWordScanner::FindTextEnd(bool isBase64, std::size_t textStart,
                                             std::size_t& end) {
-  const std::size_t closing = closings_.At(raw_, textStart);
-  const std::size_t limit = FindOpeningBelow(closing, textStart);
+  // With "?=" at the first "?" there is none left for an opening before it.
+  const std::size_t mark = raw_.find('?', textStart);
+  const bool isWhole = mark != raw_.npos && raw_.substr(mark + 1, 1) == "=";
+  const std::size_t closing = isWhole ? mark : closings_.At(raw_, textStart);
+  const std::size_t limit = isWhole ? mark : FindOpeningBelow(closing, textStart);
   if (limit == closing && closing < raw_.size()) {
     // "?=" may share its "=" with the "=?" of the next word.
     EncodedWord next;

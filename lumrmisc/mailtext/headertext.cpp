@@ -127,10 +127,6 @@ void AppendUnits(std::string_view utf16, Text& out) {
 
 constexpr unsigned kJapanesePage = 932;
 
-bool IsFoldSpace(char c) {
-  return transfer::IsBlank(c) || transfer::IsLineBreak(c);
-}
-
 }  // namespace
 
 bool IsTelling(CodeType codeType) {
@@ -175,6 +171,12 @@ bool IsCleanUtf8(std::string_view bytes) {
   const unsigned char* const end = p + bytes.size();
   const auto isTail = [](unsigned byte) { return (byte & 0xC0) == 0x80; };
   while (p < end) {
+    // Most characters of Japanese text are of three bytes, and their leads E3 to E9 begin nothing
+    // that has to be looked at.
+    for (; end - p >= 3 && p[0] >= 0xE3 && p[0] <= 0xE9; p += 3) {
+      if (!isTail(p[1]) || !isTail(p[2])) return false;
+    }
+    if (p == end) break;
     const unsigned lead = *p;
     const auto left = end - p;
     if (lead < 0x80) {
@@ -257,8 +259,8 @@ void AppendUnfolded(std::string_view raw, std::string& out) {
 }
 
 std::string_view TrimmedFold(std::string_view raw) {
-  while (!raw.empty() && IsFoldSpace(raw.front())) raw.remove_prefix(1);
-  while (!raw.empty() && IsFoldSpace(raw.back())) raw.remove_suffix(1);
+  while (!raw.empty() && transfer::IsLayout(raw.front())) raw.remove_prefix(1);
+  while (!raw.empty() && transfer::IsLayout(raw.back())) raw.remove_suffix(1);
   return raw;
 }
 

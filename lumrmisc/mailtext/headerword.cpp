@@ -1,8 +1,7 @@
 #include "lumrmisc/mailtext/headerword.h"
 
-#include <array>
 #include <cstddef>
-#include <memory_resource>
+#include <new>
 #include <span>
 #include <string>
 #include <type_traits>
@@ -84,6 +83,39 @@ bool SeparateWins(CodeType codeType, const ReadingResult& joined, const ReadingR
 template <class Text>
 constexpr bool IsUtf8 = std::is_same_v<Text, CStringA>;
 
+// Words with nothing but white space between them. Few values have more words than there is room
+// for in the object; memory of the heap would cost a short value more than its decoding.
+class WordRun {
+ public:
+  void Add(const CharsetWord& word) {
+    static_assert(std::is_trivially_copyable_v<CharsetWord>);
+    if (size_ == kUsualWords) many_.assign(Inline(), Inline() + size_);
+    if (size_ >= kUsualWords) {
+      many_.push_back(word);
+    } else {
+      new (inline_ + size_ * sizeof word) CharsetWord(word);
+    }
+    ++size_;
+  }
+  void Clear() { size_ = 0; }
+  bool IsEmpty() const { return size_ == 0; }
+  std::span<const CharsetWord> Words() const {
+    if (size_ == 0) return {};
+    return {size_ > kUsualWords ? many_.data() : Inline(), size_};
+  }
+
+ private:
+  static constexpr std::size_t kUsualWords = 8;
+
+  const CharsetWord* Inline() const {
+    return std::launder(reinterpret_cast<const CharsetWord*>(inline_));
+  }
+
+  alignas(CharsetWord) std::byte inline_[kUsualWords * sizeof(CharsetWord)];
+  std::vector<CharsetWord> many_;  // all words when there are more
+  std::size_t size_ = 0;
+};
+
 // Text is what is made of a value: UTF-16, or UTF-8 in a CStringA.
 template <class Text>
 class HeaderReader {
@@ -117,33 +149,29 @@ template <class Text>
 Text HeaderReader<Text>::Read() {
   out_.reserve(raw_.size());
   EncodedWordScanner scanner(raw_);
-  // Few values have more words; room for these is taken from the stack.
-  constexpr std::size_t kUsualWords = 8;
-  std::array<std::byte, (kUsualWords + 1) * sizeof(CharsetWord)> room;
-  std::pmr::monotonic_buffer_resource memory(room.data(), room.size());
-  std::pmr::vector<CharsetWord> run(&memory);
-  run.reserve(kUsualWords);
+  WordRun run;
   CharsetWord word;
   std::size_t done = 0;
   for (std::size_t begin = 0, end = 0; scanner.Next(word, begin, end); done = end) {
     const std::string_view gap = raw_.substr(done, begin - done);
-    if (run.empty() || !header::TrimmedFold(gap).empty()) {
-      AppendRun(run);
-      run.clear();
+    if (run.IsEmpty() || !header::TrimmedFold(gap).empty()) {
+      AppendRun(run.Words());
+      run.Clear();
       AppendRaw(gap);
     }
     if (word.label != label_) codeType_ = CodeTypeOfLabel(word.label);
     label_ = word.label;
     word.codeType = codeType_;
-    run.push_back(word);
+    run.Add(word);
   }
-  AppendRun(run);
+  AppendRun(run.Words());
   AppendRaw(raw_.substr(done));
   return std::move(out_);
 }
 
 template <class Text>
 void HeaderReader<Text>::AppendRaw(std::string_view text) {
+  if (text.empty()) return;
   std::string unfolded;
   if (text.find_first_of("\r\n") != text.npos) {
     header::AppendUnfolded(text, unfolded);

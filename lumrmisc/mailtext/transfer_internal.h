@@ -40,6 +40,9 @@ inline bool IsBlank(char c) {
 inline bool IsLineBreak(char c) {
   return c == '\r' || c == '\n';
 }
+inline bool IsLayout(char c) {
+  return IsBlank(c) || IsLineBreak(c);
+}
 
 // Names and labels of mail: ASCII case does not count.
 inline bool EqualNoCase(std::string_view a, std::string_view b) {

@@ -17,8 +17,11 @@ namespace {
 
 using namespace std::string_view_literals;
 
+// Through UTF-16, which what is made at once has to agree with.
 std::string Decoded(std::string_view raw, std::string_view rawCharset = {}) {
-  return Utf8(DecodeHeaderValue(TightCopy(raw), rawCharset));
+  const std::string text = Utf8(DecodeHeaderValue(TightCopy(raw), rawCharset));
+  EXPECT_EQ(DecodeHeaderValueUtf8(TightCopy(raw), rawCharset), text) << raw;
+  return text;
 }
 
 TEST(DecodeHeaderValue, ReadsWordsInEveryState) {
@@ -43,6 +46,7 @@ TEST(DecodeHeaderValue, ReadsWordsInEveryState) {
       {"glued to text", "x=?UTF-8?B?44GC?=y", "xあy"},
       {"in quotes", "\"=?UTF-8?B?44GC?=\" <a@example.jp>", "\"あ\" <a@example.jp>"},
       {"in a comment", "(=?UTF-8?B?44GC?=)", "(あ)"},
+      {"damaged", "=?UTF-8?Q?=E3=81=82=E5A=81=E9=81=7F=E3=81?=", "あ\uFFFDA\uFFFD\uFFFD\uFFFD"},
       {"empty word", "a =?UTF-8?Q?\?= b", "a  b"},
       {"a space ends a word", "=?UTF-8?Q?a_?= =?UTF-8?Q?b?=", "a b"},
       {"raw spaces in a word", "=?UTF-8?Q?a b ?= =?UTF-8?Q?c?=", "a b c"},

@@ -41,6 +41,16 @@ TEST(Address, IsCheckedTakenApartAndBuilt) {
        "{\"input\":\"a𠮷@한\",\"result\":3,\"message\":\"The mail address has Japanese or other "
        "double-byte characters.\",\"character\":2}\n",
        ""},
+      {"address check", "é@b", 1,
+       "é@b: The mail address has Japanese or other double-byte characters. (from character 1: "
+       "é)\n",
+       ""},
+      {"address check", "𠮷;@b", 1,
+       "𠮷;@b: The mail address has one of the characters ()<>;\"\\ which it may not have. (from "
+       "character 2: ;)\n",
+       ""},
+      {"address check --as name -", "ｱ\n", 1,
+       "ｱ: The name has half-width katakana. (from character 1: ｱ)\n", ""},
       {"address check --as name", "山田 (ソ) ①", 1,
        "山田 (ソ) ①: The name has machine-dependent characters. (from character 8: ①)\n", ""},
       {"address check --as server", "mail.example.jp", 0, "mail.example.jp: valid\n", ""},

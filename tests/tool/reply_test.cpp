@@ -143,6 +143,8 @@ TEST(Check, FindsWhatOthersWillNotSee) {
        {"machine-dependent", "machine-dependent", "half-width-katakana"}},
       {"To: a@b.jp\nSubject: 第①回\n\nあ㈱ﾊﾟ\n", "--charset utf-8", {}},
       {"To: a@b.jp\nContent-Type: text/plain; charset=utf-8\n\n①\n", "", {}},
+      // A comma in a word parts no addresses, even beside raw text.
+      {"To: =?UTF-8?Q?a=2Cb?= <c@d.jp>, あ <e@f.jp>\nSubject: x\n\n", "", {}},
       {"To: a@b.jp, c d\nSubject: x\n\né\n" + long999 + "\n",
        "",
        {"long-line", "address", "not-encodable"}},

@@ -8,7 +8,6 @@
 #include "json.h"
 #include "lumrmisc/buffer/texttool.h"
 #include "lumrmisc/charset/codetype.h"
-#include "lumrmisc/platform/codepage.h"
 #include "lumrmisc/platform/messages.h"
 #include "lumrmisc/platform/unicode.h"
 #include "outgoing.h"
@@ -50,16 +49,6 @@ bool ReadValue(Session& session, std::string_view value, CStringW& text) {
 
 // ---- check ----
 
-// Text in Shift_JIS, of which the rules speak. What it lacks is no less a two-byte character.
-CStringA ShiftJis(std::u16string_view text) {
-  constexpr unsigned kShiftJis = 932;
-  CodePageEncoder encoder(kShiftJis, "\x81\xAC");
-  const std::string_view bytes(reinterpret_cast<const char*>(text.data()), 2 * text.size());
-  CStringA out(encoder.MaxOutput(bytes.size()), '\0');
-  out.resize(static_cast<std::size_t>(encoder.Encode(bytes, true, out.data()) - out.data()));
-  return out;
-}
-
 // The character at a place in Shift_JIS, in the text itself; both have the same characters.
 std::u16string_view CharacterAt(std::u16string_view text, int number) {
   std::size_t begin = 0;
@@ -74,7 +63,7 @@ void CheckOne(Session& session, AddressField field, std::string_view value) {
   CStringW text;
   if (!ReadValue(session, value, text)) return;
   const CApplyLocale locale(CT_SJIS);
-  const CStringA narrow = ShiftJis(text);
+  const CStringA narrow = ShiftJisOf(text);
   const AddressProblem problem = FindAddressProblem(field, narrow);
   const int before = GetCharCount(narrow.data(), problem.position < 0 ? 0 : problem.position);
   const std::string message =

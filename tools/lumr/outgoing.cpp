@@ -6,12 +6,14 @@
 #include "lumrmisc/buffer/ascii.h"
 #include "lumrmisc/buffer/buffer.h"
 #include "lumrmisc/buffer/counted.h"
+#include "lumrmisc/buffer/texttool.h"
 #include "lumrmisc/charset/convert.h"
 #include "lumrmisc/mailtext/address.h"
 #include "lumrmisc/mailtext/body.h"
 #include "lumrmisc/mailtext/headerencode.h"
 #include "lumrmisc/mailtext/headerword.h"
 #include "lumrmisc/mailtext/preflight.h"
+#include "lumrmisc/platform/codepage.h"
 #include "lumrmisc/platform/messages.h"
 #include "safetext.h"
 #include "textdecode.h"
@@ -28,12 +30,16 @@ bool IsAscii(std::u16string_view text) {
 
 // ---- Addresses ----
 
-// What no message can be sent to.
+// What no message can be sent to. address is UTF-8, but the rules speak of Shift_JIS.
 std::string AddressFault(const std::string& address) {
   const auto isBad = [](char c) { return c <= ' ' || c >= '\x7F'; };
   constexpr unsigned kNoAt = 3104;
   if (address.empty()) return MessageTextUtf8(kNoAt);  // the entry is taken for a name
-  const AddressProblem problem = FindAddressProblem(AddressField::kAddress, address);
+  CStringW text;
+  long long notUtf8 = 0;
+  Utf16Of(address, text, notUtf8);
+  const CApplyLocale locale(CT_SJIS);
+  const AddressProblem problem = FindAddressProblem(AddressField::kAddress, ShiftJisOf(text));
   if (problem.result != 0) return MessageTextUtf8(problem.message);
   const auto bad = std::find_if(address.begin(), address.end(), isBad);
   if (bad == address.end()) return {};
@@ -176,6 +182,22 @@ bool Utf16Of(std::string_view utf8, CStringW& text, long long& bad) {
   return false;
 }
 
+CStringA ShiftJisOf(std::u16string_view text) {
+  constexpr unsigned kShiftJis = 932;
+  constexpr int kMissing = 0x81AC;  // GETA MARK
+  CStringA out;
+  out.reserve(2 * text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool isPair = i + 1 < text.size() && GetCharCount(text.data() + i, 2) == 1;
+    const int code = isPair ? -1 : EncodeUnit(kShiftJis, text[i], true);
+    const int bytes = code < 0 ? kMissing : code;
+    if (bytes > 0xFF) out += static_cast<char>(bytes >> 8);
+    out += static_cast<char>(bytes);
+    if (isPair) ++i;
+  }
+  return out;
+}
+
 void ParseMailboxes(std::string_view utf8, std::vector<Mailbox>& mailboxes,
                     std::vector<MailboxProblem>& problems) {
   // In a single-byte code page no byte of UTF-8 takes the next one with it.
@@ -204,17 +226,21 @@ void ParseMailboxes(std::string_view utf8, std::vector<Mailbox>& mailboxes,
 void ReadMailboxes(std::string_view raw, std::vector<Mailbox>& mailboxes,
                    std::vector<MailboxProblem>& problems) {
   const auto isPlain = [](char c) { return c > 0 && c != '\x1B'; };
-  if (!std::all_of(raw.begin(), raw.end(), isPlain)) {
+  CStringW text;
+  long long bad = 0;
+  const bool isMixedUtf8 = raw.find("=?") != raw.npos &&
+                           raw.find_first_of({"\x1B\0", 2}) == raw.npos && Utf16Of(raw, text, bad);
+  if (!isMixedUtf8 && !std::all_of(raw.begin(), raw.end(), isPlain)) {
     return ParseMailboxes(DecodedHeader(raw), mailboxes, problems);
   }
-  // Pure ASCII is split before its encoded words are read, since names may hold commas.
+  // Split before the encoded words are read, since names may hold commas.
   std::string unfolded(raw);
   std::erase_if(unfolded, [](char c) { return c == '\r' || c == '\n'; });
   const std::size_t first = mailboxes.size();
   ParseMailboxes(unfolded, mailboxes, problems);
   for (std::size_t i = first; i < mailboxes.size(); ++i) {
     CStringW& name = mailboxes[i].name;
-    name = DecodeHeaderValue(std::string(name.begin(), name.end()));
+    name = DecodeHeaderValue(Utf8(name), "UTF-8");
   }
 }
 

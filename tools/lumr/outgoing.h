@@ -27,6 +27,10 @@ struct OutgoingMail {
 // byte that is no part of a character.
 bool Utf16Of(std::string_view utf8, CStringW& text, long long& bad);
 
+// Text in Shift_JIS, of which the rules for addresses speak, character by character: a two-byte
+// one stands for each that it lacks, look-alikes included ("é" is no "e").
+CStringA ShiftJisOf(std::u16string_view text);
+
 // What is wrong with a list of addresses that a user gave, or with one of them.
 struct MailboxProblem {
   std::string entry;  // the list's entry, in UTF-8; empty: the problem is of the whole list

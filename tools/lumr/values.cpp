@@ -7,10 +7,9 @@
 
 namespace lumr::tool {
 
-void ForEachValue(Session& session, const std::vector<std::string>& values, bool unfold,
-                  const std::function<void(std::string_view)>& take) {
-  for (const std::string& value : values) take(value);
-  if (!values.empty()) return;
+namespace {
+
+void ForEachLine(Session& session, bool unfold, const std::function<void(std::string_view)>& take) {
   std::string text;
   if (const FileError error = ReadAll("-", text)) return session.TellUnreadable("-", error);
   const auto goesOn = [&text](std::size_t next) {
@@ -25,6 +24,20 @@ void ForEachValue(Session& session, const std::vector<std::string>& values, bool
     take(line);
     begin = end + 1;
   }
+}
+
+}  // namespace
+
+void ForEachValue(Session& session, const std::vector<std::string>& values, bool unfold,
+                  const std::function<void(std::string_view)>& take) {
+  for (const std::string& value : values) {
+    if (value == "-") {
+      ForEachLine(session, unfold, take);
+    } else {
+      take(value);
+    }
+  }
+  if (values.empty()) ForEachLine(session, unfold, take);
 }
 
 std::string CharacterNumber(std::u16string_view text, std::size_t position) {

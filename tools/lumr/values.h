@@ -10,7 +10,8 @@
 
 namespace lumr::tool {
 
-// Calls take for each of the values, or for each line of standard input without its line break.
+// Calls take for each of the values; in the place of "-", or where there are no values, for each
+// line of standard input without its line break.
 // With unfold a line that begins with white space goes on with the one before, as in a header.
 void ForEachValue(Session& session, const std::vector<std::string>& values, bool unfold,
                   const std::function<void(std::string_view)>& take);
