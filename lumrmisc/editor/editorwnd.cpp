@@ -68,6 +68,7 @@ int CEditorWnd::CreateEditorWnd(std::uint32_t style, std::uint32_t exStyle, cons
   lineMetrics_->ReleaseContext();
   window_ = parent != nullptr ? parent->CreateChild(style, exStyle, rect, id) : nullptr;
   if (!window_) headless_ = HeadlessWindow().CreateChild(style, exStyle, rect, id);
+  if (readOnly_ != 0) Window().DetachInputMethod();
   metrics_ = metrics;
   colors_ = colors;
   SelectFont(document_.GetCodeType());
@@ -171,7 +172,11 @@ int CEditorWnd::SetDocument(CodeType type, const char* text, int len) {
 }
 
 void CEditorWnd::AppendText(const char* text, int len, int quote) {
+  const int last = GetLineCount() - 1;
+  const bool wasTurned = GetLineCountP(last) > 1;
   document_.Append(*lineMetrics_, TextOf(text, len, GetCodeType()), QuoteMark(quote));
+  // What the last line grew by may turn it before it, too.
+  if (wasTurned || GetLineCountP(last) > 1) AfterLayout(last);
   UpdateHorizontalBar();
   UpdateVerticalBar();
   InvalidateAll(false);
@@ -269,9 +274,12 @@ void CEditorWnd::VisitKeptPlaces(Visitor visit) {
   undo_.VisitPlaces(visit);
 }
 
-// Lines are turned elsewhere now: the byte in the logical line says where a place is.
-void CEditorWnd::AfterLayout() {
-  const auto follow = [this](CTextPos& pos) { L2PByteIndex(pos); };
+// The lines from one on are turned elsewhere now: the byte in the logical line says where a place
+// is. Below the last line, where the caret may stand freely, nothing is turned.
+void CEditorWnd::AfterLayout(int from) {
+  const auto follow = [this, from](CTextPos& pos) {
+    if (pos.line >= from && GetLine(pos.line) != nullptr) L2PByteIndex(pos);
+  };
   VisitKeptPlaces(follow);
   follow(caret_.pos);
   follow(top_);

@@ -4,9 +4,10 @@
 // a null parent) it is headless: every column is 8 pixels wide and every line 16 high.
 //
 // Texts are pointers with lengths in bytes in the document's code type, in edit form (a Unicode one
-// is UTF-16, whose odd last byte is left out); a negative length means up to the terminator. Lines
-// are counted from 0 and hold no line ends; those that are given back are CR LF. Bad
-// arguments do nothing or give 0. Nothing is thrown but std::bad_alloc.
+// is UTF-16, whose odd last byte is left out), and lie outside the document. A negative length
+// means up to the terminator in SetDocument and AppendText, and no text elsewhere. Lines are
+// counted from 0 and hold no line ends; those that are given back are CR LF. Bad arguments do
+// nothing or give 0. Nothing is thrown but std::bad_alloc.
 #pragma once
 
 #include <cstdint>
@@ -167,7 +168,7 @@ class CEditorWnd {
   void UpdateVerticalBar();
   void InvalidateAll(bool erase);
   void InvalidateColumnRuler();
-  void AfterLayout();
+  void AfterLayout(int from = 0);
   template <typename Visitor>
   void VisitKeptPlaces(Visitor visit);
   void MoveCaret();

@@ -227,6 +227,34 @@ TEST(CEditorWnd, NamesPlacesBeyondTheText) {
   EXPECT_TRUE(pos == CTextPos(1, 0, 2));
 }
 
+// Both names of a place stay in step when the line that it is in is turned elsewhere.
+TEST(CEditorWnd, PlacesFollowWhatIsTurned) {
+  const struct {
+    std::string_view text;
+    CTextPos before;
+    std::string_view appended;
+    CTextPos after;
+  } cases[] = {
+      {"a bcd", {0, 0, 4}, "efghij", {0, 1, 2}},          // the word goes to the next line
+      {"a bcd", {0, 0, 1}, "efghij", {0, 0, 1}},          // what stands before it does not
+      {"abcdef", {0, 0, 6}, "g", {0, 1, 0}},              // the end of the line is the start of one
+      {"x\nabcdef", {1, 0, 5}, ")", {1, 0, 5}},           // a closing mark hangs
+      {"abcdefgh", {0, 1, 2}, "\nx", {0, 1, 2}},          // another line
+      {"abcdefgh\nabcdefgh", {0, 0, 6}, "i", {0, 0, 6}},  // at the end of a row of another line
+      {"abcdefgh", {5, 0, 7}, "ijkl", {5, 0, 7}},         // below the text
+  };
+  for (const auto& c : cases) {
+    CEditorWnd editor;
+    TurnAt(editor, 6);
+    Set(editor, c.text);
+    editor.SetCaretPos(c.before);
+    editor.FoundRanges().Add({editor.GetCaret().pos, editor.GetCaret().pos});
+    Append(editor, c.appended);
+    EXPECT_TRUE(editor.GetCaret().pos == c.after) << c.text << '+' << c.appended;
+    EXPECT_TRUE(editor.FoundRanges().Items()[0].to == c.after) << c.text << '+' << c.appended;
+  }
+}
+
 TEST(CEditorWnd, QuotesAndIndents) {
   CEditorWnd editor;
   Set(editor, "> > x\n" + std::string(8, ' ') + ">\n" + std::string(9, ' ') + ">\n");

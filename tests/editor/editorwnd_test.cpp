@@ -199,6 +199,15 @@ TEST(CEditorWnd, TurnsAtTheWidthOfItsWindow) {
   EXPECT_EQ(editor.GetSerialLineP(1, 0), 3);
 }
 
+TEST(CEditorWnd, StaysReadOnlyInANewWindow) {
+  RecordingWindow::Record record;
+  RecordingWindow parent(record);
+  CEditorWnd editor;
+  editor.SetReadOnly(1);
+  editor.CreateEditorWnd(1, 2, {0, 0, 80, 80}, &parent, 3, CEditorMetrics(), CEditorColor());
+  EXPECT_EQ(record.log, "child 1 2 3\ninput method off\nfont 128 9\n");
+}
+
 TEST(CEditorWnd, RunsHeadless) {
   class Barren : public HeadlessWindow {
     std::unique_ptr<CWnd> CreateChild(std::uint32_t, std::uint32_t, const CRect&,
