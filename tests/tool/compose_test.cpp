@@ -6,11 +6,11 @@
 namespace lumr::test {
 
 TEST(Compose, WritesWhatSendmailTakes) {
-  const RunResult result = ToolRunner().Run(
+  constexpr std::string_view kArguments =
       "compose --from a@b.jp --to \"山田 太郎 <taro@example.jp>, \\\"Doe, J\\\" <j@x.jp>\" "
-      "--subject "
-      "会議",
-      "本文\r\n二行目");
+      "--subject 会議";
+  if (!CanBeTyped(kArguments)) GTEST_SKIP();
+  const RunResult result = ToolRunner().Run(kArguments, "本文\r\n二行目");
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(result.out,
             "From: a@b.jp\n"
@@ -74,6 +74,7 @@ TEST(Compose, SaysWhatIsWrongAndWhere) {
       {"--to a@b.jp --subject x missing", "", 2, "there is no such file"},
   };
   for (const auto& c : cases) {
+    if (!CanBeTyped(c.arguments)) continue;
     const RunResult result = ToolRunner().Run(std::string("compose ") + c.arguments, c.body);
     EXPECT_EQ(result.status, c.status) << c.arguments;
     EXPECT_EQ(result.out, "") << c.arguments;
@@ -103,12 +104,13 @@ TEST(Header, DecodesAndEncodes) {
       {"header encode", "a\xff\n", 1, ""},
   };
   for (const auto& c : cases) {
+    if (!CanBeTyped(c.arguments)) continue;
     const RunResult result = ToolRunner().Run(c.arguments, c.input);
     EXPECT_EQ(result.status, c.status) << c.arguments << result.err;
     EXPECT_EQ(result.out, c.out) << c.arguments;
     EXPECT_EQ(result.err.empty(), c.status == 0) << result.err;
   }
-  const Json line = JsonLines(ToolRunner().Run("header encode --json あ").out).at(0);
+  const Json line = JsonLines(ToolRunner().Run("header encode --json -", "あ").out).at(0);
   EXPECT_EQ(line.at("value"), "=?UTF-8?B?44GC?=");
 }
 

@@ -1,6 +1,7 @@
 // lumr grep over files. The arguments are ASCII: not every shell that this runs in takes more.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "lumrmisc/charset/convert.h"
@@ -25,7 +26,10 @@ struct Case {
 
 void Check(const ToolRunner& tool, const Case& c, std::string_view input = {}) {
   SCOPED_TRACE(c.arguments);
-  const RunResult result = tool.Run(c.arguments, input);
+  RunResult result = tool.Run(c.arguments, input);
+  if (std::filesystem::path::preferred_separator != '/') {
+    std::replace(result.out.begin(), result.out.end(), '\\', '/');
+  }
   EXPECT_EQ(result.status, c.status) << result.err;
   EXPECT_EQ(result.out, c.out);
   EXPECT_NE(result.err.find(c.err), std::string::npos) << result.err;

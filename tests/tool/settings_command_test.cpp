@@ -1,9 +1,6 @@
 // lumr settings, users, digest and cipher.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
-
 #include "tool/tool_runner.h"
 
 namespace lumr::test {
@@ -24,12 +21,6 @@ struct Step {
   std::string err;         // a part of it; empty: nothing is said
   std::string input = "";  // standard input
 };
-
-// cmd.exe reads a command line of bytes in the system's code page, which may be any.
-bool CanBeTyped(std::string_view arguments) {
-  return std::filesystem::path::preferred_separator == '/' ||
-         std::all_of(arguments.begin(), arguments.end(), [](char c) { return (c & 0x80) == 0; });
-}
 
 void Do(const ToolRunner& tool, const Step& step) {
   if (!CanBeTyped(step.arguments)) return;

@@ -65,6 +65,11 @@ std::size_t ToolRunner::FileCount() const {
       }));
 }
 
+bool CanBeTyped(std::string_view arguments) {
+  return std::filesystem::path::preferred_separator == '/' ||
+         std::all_of(arguments.begin(), arguments.end(), [](char c) { return (c & 0x80) == 0; });
+}
+
 std::vector<Json> JsonLines(std::string_view text) {
   std::vector<Json> objects;
   while (!text.empty()) {

@@ -44,6 +44,10 @@ class ToolRunner {
   std::string before_;
 };
 
+// Whether the shell hands arguments on as they stand: cmd.exe reads a command line of bytes in the
+// system's code page, which may be any, so there they have to be ASCII.
+bool CanBeTyped(std::string_view arguments);
+
 std::vector<Json> JsonLines(std::string_view text);
 
 // The first thing in text that no terminal should get: a control character other than a line
