@@ -17,15 +17,18 @@ if(LUMRMISC_SANITIZE)
   target_link_options(lumrmisc_options INTERFACE -fsanitize=${LUMRMISC_SANITIZE})
 endif()
 
-# lumrmisc_folder(NAME [LOOPS] [DEPENDS folder...] SOURCES file...)
-# LOOPS: a release lets the compiler unroll and vectorise here. The other folders have kernels
-# where it pays, and are a fifth smaller without.
+# lumrmisc_folder(NAME [DEPENDS folder...] SOURCES file... [LOOPS file...])
+# LOOPS: further sources, or ALL, where a release lets the compiler unroll and vectorise. The others
+# have kernels where it pays, and are a fifth smaller without.
 function(lumrmisc_folder name)
-  cmake_parse_arguments(arg "LOOPS" "" "DEPENDS;SOURCES" ${ARGN})
-  add_library(lumrmisc_${name} OBJECT ${arg_SOURCES})
-  if(NOT arg_LOOPS AND CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
-    target_compile_options(lumrmisc_${name} PRIVATE $<$<CONFIG:Release>:-O2>)
+  cmake_parse_arguments(arg "" "" "DEPENDS;SOURCES;LOOPS" ${ARGN})
+  if(arg_LOOPS STREQUAL "ALL")
+    set(arg_LOOPS)
+  elseif(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+    set_source_files_properties(${arg_SOURCES} PROPERTIES
+      COMPILE_OPTIONS $<$<CONFIG:Release>:-O2>)
   endif()
+  add_library(lumrmisc_${name} OBJECT ${arg_SOURCES} ${arg_LOOPS})
   target_compile_features(lumrmisc_${name} PUBLIC cxx_std_20)
   target_include_directories(lumrmisc_${name} PUBLIC ${PROJECT_SOURCE_DIR})
   target_link_libraries(lumrmisc_${name} PRIVATE $<BUILD_INTERFACE:lumrmisc_options>)
