@@ -23,7 +23,7 @@
 #define LUMR_AVX512                                                           \
   __attribute__((                                                             \
       target("avx512f,avx512vl,avx512bw,avx512dq,avx512vbmi,avx512vbmi2,bmi," \
-             "bmi2,popcnt,lzcnt")))
+             "bmi2,popcnt")))
 #define LUMR_AVX512_INLINE LUMR_AVX512 __attribute__((always_inline)) inline
 
 namespace lumr::avx512 {

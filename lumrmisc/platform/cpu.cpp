@@ -18,8 +18,10 @@ CpuFeatures Detect() {
 #if !defined(__MINGW32__) || defined(__clang__)
   features.avx2 = __builtin_cpu_supports("avx2");
   features.avx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl") &&
-                    __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vbmi") &&
-                    __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("bmi2");
+                    __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq") &&
+                    __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vbmi2") &&
+                    __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2") &&
+                    __builtin_cpu_supports("popcnt");
 #endif
   features.bmi2 = __builtin_cpu_supports("bmi2");
 #elif defined(__aarch64__)
