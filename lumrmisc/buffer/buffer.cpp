@@ -169,10 +169,6 @@ void CBuffer::Assign(std::string_view s) {
   if (data_ != nullptr) SetSize(static_cast<int>(s.size()));
 }
 
-void CBuffer::Empty() {
-  if (data_ != nullptr) SetSize(0);
-}
-
 void CBuffer::AllocFree() {
   if (data_ != nullptr) ReleaseBlock(data_, static_cast<std::size_t>(allocSize_) + kTerminator);
   data_ = nullptr;
@@ -190,15 +186,6 @@ void CBuffer::SetIncrSize(int n) {
 
 void CBuffer::SetDataSize(int n) {
   if (n <= allocSize_) ReleaseBuffer(n);
-}
-
-char* CBuffer::GetBuffer(int n) {
-  SetAllocSize(n);
-  return data_;
-}
-
-void CBuffer::ReleaseBuffer(int n) {
-  if (data_ != nullptr) SetSize(std::clamp(n, 0, allocSize_));
 }
 
 void CBuffer::CopyFrom(const CBuffer& other) {

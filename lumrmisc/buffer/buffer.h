@@ -17,6 +17,7 @@
 // - A buffer belongs to one thread at a time.
 #pragma once
 
+#include <algorithm>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -80,7 +81,9 @@ class CBuffer {
 
   // ---- Storage and size ----
 
-  void Empty();      // keeps the storage
+  void Empty() {  // keeps the storage
+    if (data_ != nullptr) SetSize(0);
+  }
   void AllocFree();  // gives it back; the increment stays
   // Capacity for n bytes at least. What was written is kept, what is behind it is anything.
   void SetAllocSize(int n);
@@ -93,9 +96,14 @@ class CBuffer {
   // that writes up to n bytes and then calls ReleaseBuffer.
   char* GetBuffer() { return data_; }
   const char* GetBuffer() const { return data_; }
-  char* GetBuffer(int n);
+  char* GetBuffer(int n) {
+    if (n > allocSize_) SetAllocSize(n);
+    return data_;
+  }
   // Sets the size to n, held within 0 and the capacity.
-  void ReleaseBuffer(int n);
+  void ReleaseBuffer(int n) {
+    if (data_ != nullptr) SetSize(std::clamp(n, 0, allocSize_));
+  }
 
   // The sizes of content and capacity in bytes; whether there is no content.
   int GetLength() const { return size_; }

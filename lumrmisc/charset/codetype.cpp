@@ -58,7 +58,7 @@ constexpr auto kCodeTypes = [] {
   return codeTypes;
 }();
 
-// The place in kCharSets of each code type. The conversion of one line asks for two of them.
+// The place in kCharSets of each code type.
 constexpr unsigned char kNoRow = 0xFF;
 constexpr auto kPlaces = [] {
   std::array<unsigned char, std::ranges::max(kCodeTypes) + 1> places{};
@@ -67,6 +67,17 @@ constexpr auto kPlaces = [] {
     places[static_cast<std::size_t>(kCharSets[i].codeType)] = static_cast<unsigned char>(i);
   }
   return places;
+}();
+
+// The code page in which the text of each code type is edited; 0 for none. On its own, since the
+// conversion of one line asks for two of them.
+constexpr auto kEditPages = [] {
+  std::array<std::uint16_t, kPlaces.size()> pages{};
+  for (const CharSetRow& row : kCharSets) {
+    pages[static_cast<std::size_t>(row.codeType)] = static_cast<std::uint16_t>(
+        row.fontCharSet == kJapaneseFonts ? kShiftJisPage : row.codePage);
+  }
+  return pages;
 }();
 
 const CharSetRow* FindRow(CodeType codeType) {
@@ -174,9 +185,8 @@ std::uint32_t CharSetCode2LCID(CodeType codeType) {
 }
 
 unsigned CharSetCode2CodePage(CodeType codeType) {
-  const CharSetRow* const row = FindRow(codeType);
-  if (row == nullptr) return 0;
-  return row->fontCharSet == kJapaneseFonts ? kShiftJisPage : row->codePage;
+  const auto number = static_cast<std::size_t>(codeType);
+  return number < kEditPages.size() ? kEditPages[number] : 0;
 }
 
 unsigned CharSetCode2CodePage2(CodeType codeType) {

@@ -40,9 +40,8 @@ long ConvertToOtherCodeType2(CodeType from, std::string_view text, CodeType to, 
   out.Empty();
   if (text.empty()) return 0;
   long status = 0;
-  if (emptyFallback == 0 && !IsJapaneseForm(from) && !IsJapaneseForm(to) &&
-      ConvertInOneStage(CharSetCode2CodePage(from), CharSetCode2CodePage(to), text, out, report,
-                        status)) {
+  if (emptyFallback == 0 && report == nullptr && !IsJapaneseForm(from) && !IsJapaneseForm(to) &&
+      ConvertInOneStage(CharSetCode2CodePage(from), CharSetCode2CodePage(to), text, out, status)) {
     return status;
   }
   const auto makePipeline = [=](bool dropZero) {
@@ -66,7 +65,8 @@ long ConvertToOtherCodePage2(unsigned cpFrom, std::string_view text, unsigned cp
   };
   const int length = out.GetLength();
   long status = 0;
-  if (emptyFallback != 0 || !ConvertInOneStage(cpFrom, cpTo, text, out, report, status)) {
+  if (emptyFallback != 0 || report != nullptr ||
+      !ConvertInOneStage(cpFrom, cpTo, text, out, status)) {
     status = Run(makePipeline, text, out, emptyFallback, report);
   }
   if (out.GetLength() == length) out.Empty();  // a text of nothing but a byte-order mark

@@ -23,9 +23,14 @@ constexpr std::size_t kMaxBufferSize = 0x7FFFFFFF - 64;
 constexpr std::size_t kMaxStages = 4;
 constexpr std::size_t kAll = std::numeric_limits<std::size_t>::max();
 
-unsigned SupportedCodePage(unsigned codePage, bool& fallback) {
-  fallback = !IsCodePageSupported(codePage);
-  return fallback ? kFallbackCodePage : codePage;
+const CodePageTable& SupportedCodePage(unsigned codePage, bool& fallback) {
+  const CodePageTable* const table = FindCodePage(codePage);
+  fallback = table == nullptr;
+  return fallback ? *FindCodePage(kFallbackCodePage) : *table;
+}
+
+constexpr std::string_view ReplacementFor(int emptyFallback) {
+  return emptyFallback ? "" : "?";
 }
 
 // Room for more bytes behind the content, and the end of the content.
@@ -33,6 +38,13 @@ char* GrowBuffer(CBuffer& out, std::size_t more) {
   const auto length = static_cast<std::size_t>(out.GetLength());
   if (more > kMaxBufferSize - length) throw std::bad_alloc();
   return out.GetBuffer(static_cast<int>(length + more)) + length;
+}
+
+// Removes a byte-order mark that the units from begin to end start with; gives the new end.
+char* WithoutMark(char* begin, char* end) {
+  if (end - begin < 2 || LoadUnit(begin) != kByteOrderMark) return end;
+  std::memmove(begin, begin + 2, static_cast<std::size_t>(end - begin - 2));
+  return end - 2;
 }
 
 }  // namespace
@@ -46,10 +58,9 @@ DecodeStage::DecodeStage(unsigned codePage)
 char* DecodeStage::RemoveMark(char* begin, char* end) {
   if (end - begin < 2) return end;
   atStart_ = false;
-  if (LoadUnit(begin) != kByteOrderMark) return end;
-  markRemoved_ = true;
-  std::memmove(begin, begin + 2, static_cast<std::size_t>(end - begin - 2));
-  return end - 2;
+  char* const newEnd = WithoutMark(begin, end);
+  markRemoved_ = newEnd != end;
+  return newEnd;
 }
 
 char* DecodeStage::Convert(std::string_view in, bool last, char* out, CConversionReport* report) {
@@ -73,7 +84,7 @@ char* DecodeStage::Convert(std::string_view in, bool last, char* out, CConversio
 }
 
 EncodeStage::EncodeStage(unsigned codePage, int emptyFallback)
-    : encoder_(SupportedCodePage(codePage, fallback_), emptyFallback ? "" : "?"),
+    : encoder_(SupportedCodePage(codePage, fallback_), ReplacementFor(emptyFallback)),
       isUnicode_(codePage == kUtf7CodePage || codePage == kUtf8CodePage) {}
 
 void EncodeStage::ReadHead(std::string_view in, CConversionReport* report) {
@@ -248,30 +259,20 @@ std::size_t ConversionPipeline::MaxOutput(std::size_t size) const {
 
 // ---- One stage alone ---------------------------------------------------------------------------
 
-namespace {
-
-template <typename Stage>
-long RunAlone(Stage& stage, std::string_view text, CBuffer& out, CConversionReport* report) {
-  char* const begin = GrowBuffer(out, stage.MaxOutput(text.size()));
-  const char* const end = stage.Convert(text, true, begin, report);
-  out.ReleaseBuffer(out.GetLength() + static_cast<int>(end - begin));
-  return stage.IsInexact();
-}
-
-}  // namespace
-
 bool ConvertInOneStage(unsigned from, unsigned to, std::string_view text, CBuffer& out,
-                       CConversionReport* report, long& status) {
-  if (from == to || text.size() > kBlockSize) return false;
-  if (to == kUtf16CodePage) {
-    DecodeStage stage(from);
-    status = RunAlone(stage, text, out, report);
-  } else if (from == kUtf16CodePage) {
-    EncodeStage stage(to, 0);
-    status = RunAlone(stage, text, out, report);
-  } else {
-    return false;
-  }
+                       long& status) {
+  const bool decodes = to == kUtf16CodePage;
+  if (from == to || (!decodes && from != kUtf16CodePage) || text.size() > kBlockSize) return false;
+  bool fallback;
+  const CodePageTable& table = SupportedCodePage(decodes ? from : to, fallback);
+  const std::string_view replacement = ReplacementFor(0);
+  CodePageCounts counts;
+  char* const begin = GrowBuffer(
+      out, decodes ? MaxDecoded(text.size()) : MaxEncoded(table, replacement, text.size()));
+  const char* const end = decodes ? WithoutMark(begin, DecodeText(table, text, begin, counts))
+                                  : EncodeText(table, replacement, text, begin, counts);
+  out.ReleaseBuffer(out.GetLength() + static_cast<int>(end - begin));
+  status = fallback || counts.replaced > 0;
   return true;
 }
 

@@ -226,6 +226,6 @@ class ConversionPipeline {
 // What a pipeline of code pages does, at less cost, for a short text and a single stage; false,
 // and nothing is done, where it takes another one. Encodes with "?" for what has no code.
 bool ConvertInOneStage(unsigned from, unsigned to, std::string_view text, CBuffer& out,
-                       CConversionReport* report, long& status);
+                       long& status);
 
 }  // namespace lumr

@@ -15,6 +15,7 @@
 
 #include <immintrin.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -36,14 +37,13 @@ alignas(64) inline constexpr auto kPlaces = [] {
   return places;
 }();
 
-// A bit for each of the first count places of 64, or of 32.
+// A bit for each of the first count places of 64, or of 32; all bits for a greater count. Without a
+// branch, which would be mispredicted each time that a text is not like the one before.
 LUMR_AVX512_INLINE std::uint64_t FirstBits(std::ptrdiff_t count) {
-  return count >= 64 ? ~std::uint64_t{0}
-                     : _bzhi_u64(~std::uint64_t{0}, static_cast<unsigned>(count));
+  return _bzhi_u64(~std::uint64_t{0}, static_cast<unsigned>(std::min<std::ptrdiff_t>(count, 64)));
 }
 LUMR_AVX512_INLINE std::uint32_t FirstBits32(std::ptrdiff_t count) {
-  return count >= 32 ? ~std::uint32_t{0}
-                     : _bzhi_u32(~std::uint32_t{0}, static_cast<unsigned>(count));
+  return _bzhi_u32(~std::uint32_t{0}, static_cast<unsigned>(std::min<std::ptrdiff_t>(count, 32)));
 }
 
 LUMR_AVX512_INLINE __m512i Bytes(int byte) {
@@ -56,6 +56,14 @@ LUMR_AVX512_INLINE __m512i Units(int unit) {
 // 0, 1, ... 63.
 LUMR_AVX512_INLINE __m512i Places() {
   return _mm512_load_si512(kPlaces.data());
+}
+
+// Asks for the lines that a long text is written to some steps from now, which a kernel that writes
+// more than it reads needs sooner than the processor by itself fetches them.
+LUMR_AVX512_INLINE void FetchAhead(char* out) {
+  constexpr std::ptrdiff_t kAhead = 1024;
+  __builtin_prefetch(out + kAhead, 1);
+  __builtin_prefetch(out + kAhead + 64, 1);
 }
 
 // Writes the first count of 64 bytes as units.

@@ -87,22 +87,9 @@ constexpr bool IsEscape(std::uint16_t value) {
 constexpr std::uint16_t kFitByte = 0x0100;
 constexpr std::uint16_t kFitPair = 0x0200;
 
-const CodePageTable* FindTable(unsigned codePage) {
-  if (codePage == 0) codePage = AnsiCodePage();
-  const auto matches = [codePage](const CodePageTable& table) {
-    return table.codePage == codePage;
-  };
-  const auto found =
-      std::find_if(std::begin(tables::kTableCodePages), std::end(tables::kTableCodePages), matches);
-  if (found != std::end(tables::kTableCodePages)) return found;
-  const auto unicode =
-      std::find_if(std::begin(kUnicodeCodePages), std::end(kUnicodeCodePages), matches);
-  return unicode != std::end(kUnicodeCodePages) ? unicode : nullptr;
-}
-
 const CodePageTable& TableOrAnsi(unsigned codePage) {
-  const CodePageTable* const table = FindTable(codePage);
-  return table != nullptr ? *table : *FindTable(0);
+  const CodePageTable* const table = FindCodePage(codePage);
+  return table != nullptr ? *table : *FindCodePage(0);
 }
 
 std::uint16_t EncodeValue(const CodePageTable& table, char16_t unit) {
@@ -166,21 +153,43 @@ constexpr bool HasLinearRows(const std::uint16_t* rows, bool hasKatakana) {
 static_assert(HasLinearRows(tables::kRows932, true) && HasLinearRows(tables::kRows936, false) &&
               HasLinearRows(tables::kRows949, false) && HasLinearRows(tables::kRows950, false));
 
-template <std::size_t kSize>
-constexpr bool HasCjkRuns(const std::uint16_t (&index)[kSize]) {
-  for (const UnitRun& run : kCjkRuns) {
-    const int start = index[run.first / kEncodeBlock];
-    for (int unit = run.first; unit <= run.last; unit += kEncodeBlock) {
-      if (index[unit / kEncodeBlock] != start + unit - run.first) return false;
-    }
+constexpr bool HasRun(const std::uint16_t* index, const UnitRun& run) {
+  const int start = index[run.first / kEncodeBlock];
+  for (int unit = run.first; unit <= run.last; unit += kEncodeBlock) {
+    if (index[unit / kEncodeBlock] != start + unit - run.first) return false;
   }
   return true;
 }
-static_assert(HasCjkRuns(tables::kIndex932) && HasCjkRuns(tables::kIndex936));
-static_assert(std::size(tables::kCells932) % 2 == 0 && std::size(tables::kCells936) % 2 == 0 &&
-              std::size(tables::kCells949) % 2 == 0 && std::size(tables::kCells950) % 2 == 0);
-static_assert(std::size(tables::kCodes932) % 2 == 0 && std::size(tables::kCodes936) % 2 == 0 &&
-              std::size(tables::kCodes949) % 2 == 0 && std::size(tables::kCodes950) % 2 == 0);
+
+constexpr std::uint32_t Twice(int unit) {
+  return 0x00010001u * static_cast<std::uint16_t>(unit);
+}
+
+constexpr EncodingTable MakeEncodingTable(const std::uint16_t* index, const std::uint16_t* codes) {
+  EncodingTable table = {index, codes, true, {}};
+  for (std::size_t i = 0; i < std::size(kCjkRuns); ++i) {
+    const UnitRun& run = kCjkRuns[i];
+    table.hasRuns &= HasRun(index, run);
+    table.runs[i] = {Twice(run.first), Twice(run.last - run.first),
+                     Twice(index[run.first / kEncodeBlock] - run.first)};
+  }
+  return table;
+}
+
+constexpr EncodingTable kEncodingTables[] = {
+    MakeEncodingTable(tables::kIndex932, tables::kCodes932),
+    MakeEncodingTable(tables::kIndex936, tables::kCodes936),
+    MakeEncodingTable(tables::kIndex949, tables::kCodes949),
+    MakeEncodingTable(tables::kIndex950, tables::kCodes950),
+    MakeEncodingTable(tables::kIndex51949, tables::kCodes949),
+};
+static_assert(kEncodingTables[0].hasRuns && kEncodingTables[1].hasRuns);
+
+const EncodingTable& EncodingTableOf(const CodePageTable& page) {
+  const auto* table = kEncodingTables;
+  while (table->index != page.index) ++table;
+  return *table;
+}
 
 // Decodes the characters that begin before stop; false when one waits for more text.
 bool DecodeDoubleBytePlain(const CodePageTable& table, const Byte*& in, const Byte* stop,
@@ -317,8 +326,7 @@ void EncodeDoubleBytePlain(const CodePageTable& table, std::string_view replacem
 CoderEnds EncodeDoubleByte(const CodePageTable& table, std::string_view replacement, const Byte* in,
                            const Byte* end, char* out, Losses& losses) {
   const bool vectors = Cpu().avx512;
-  const EncodingTable encoding = {table.index, table.codes,
-                                  table.codePage == 932 || table.codePage == 936};
+  const EncodingTable& encoding = EncodingTableOf(table);
   PlainStretch stretch(vectors);
   while (end - in >= 2) {
     const Byte* const begin = in;
@@ -370,14 +378,70 @@ CoderEnds EncodeSingleByte(const CodePageTable& table, std::string_view replacem
   return EncodeUnits(table, replacement, in, end, out, losses);
 }
 
+// Decodes a chunk. What is left of it waits for the next one; nothing is when it is the last.
+CoderEnds DecodeChunk(const CodePageTable& table, Utf7State& utf7, const Byte* in, const Byte* end,
+                      bool last, char* out, Losses& losses) {
+  switch (table.coding) {
+    case Coding::kSingleByte:
+      return DecodeSingleByte(table, in, end, out, losses);
+    case Coding::kDoubleByte:
+      return DecodeDoubleByte(table, in, end, last, out, losses);
+    case Coding::kUtf8:
+      return DecodeUtf8(in, end, last, out, losses);
+    case Coding::kUtf7:
+      return DecodeUtf7(utf7, in, end, last, out, losses);
+    case Coding::kUtf16:
+      break;
+  }
+  return CopyBytes(in, end, out);
+}
+
+// Encodes a chunk, likewise.
+CoderEnds EncodeChunk(const CodePageTable& table, std::string_view replacement, Utf7State& utf7,
+                      const Byte* in, const Byte* end, bool last, char* out, Losses& losses) {
+  const auto ends = [&]() -> CoderEnds {
+    switch (table.coding) {
+      case Coding::kSingleByte:
+        return EncodeSingleByte(table, replacement, in, end, out, losses);
+      case Coding::kDoubleByte:
+        return EncodeDoubleByte(table, replacement, in, end, out, losses);
+      case Coding::kUtf8:
+        return EncodeUtf8(in, end, last, out, losses);
+      case Coding::kUtf7:
+        return EncodeUtf7(utf7, in, end, last, out);
+      case Coding::kUtf16:
+        break;
+    }
+    return CopyBytes(in, end, out);
+  }();
+  if (!last || ends.in == end) return ends;
+  losses.Add(ConversionLossKind::kReplaced, ends.in, 1, ends.out);
+  return {end, ends.out};
+}
+
+const Byte* BytesAt(std::string_view text) {
+  return reinterpret_cast<const Byte*>(text.data());
+}
+
 }  // namespace
 
+const CodePageTable* FindCodePage(unsigned codePage) {
+  if (codePage == 0) codePage = AnsiCodePage();
+  for (const CodePageTable& table : kUnicodeCodePages) {
+    if (table.codePage == codePage) return &table;
+  }
+  for (const CodePageTable& table : tables::kTableCodePages) {
+    if (table.codePage == codePage) return &table;
+  }
+  return nullptr;
+}
+
 bool IsCodePageSupported(unsigned codePage) {
-  return FindTable(codePage) != nullptr;
+  return FindCodePage(codePage) != nullptr;
 }
 
 int EncodeUnit(unsigned codePage, char16_t unit, bool exact) {
-  const CodePageTable* const table = FindTable(codePage);
+  const CodePageTable* const table = FindCodePage(codePage);
   if (table == nullptr || table->codes == nullptr) return -1;
   const int value = EncodeValue(*table, unit);
   if (unit == 0 || value >= kFirstPair || (value != 0 && value < kFitByte)) return value;
@@ -387,14 +451,52 @@ int EncodeUnit(unsigned codePage, char16_t unit, bool exact) {
 
 CodePageDecoder::CodePageDecoder(unsigned codePage) : table_(&TableOrAnsi(codePage)) {}
 
-std::size_t CodePageDecoder::MaxOutput(std::size_t inputBytes) const {
+std::size_t MaxDecoded(std::size_t inputBytes) {
   // Each byte gives a unit at most; what UTF-7 keeps inside gives another one.
-  return 2 * (inputBytes + pendingSize_ + 1);
+  return 2 * (inputBytes + 1);
+}
+
+std::size_t MaxEncoded(const CodePageTable& table, std::string_view replacement,
+                       std::size_t inputBytes) {
+  const std::size_t units = (inputBytes + 1) / 2;
+  switch (table.coding) {
+    case Coding::kSingleByte:
+      return units * std::max<std::size_t>(1, replacement.size());
+    case Coding::kDoubleByte:
+      return units * std::max<std::size_t>(2, replacement.size());
+    case Coding::kUtf8:
+      return units * 3;
+    case Coding::kUtf7:
+      return units * 5 + 8;  // "+AKU-" for a unit alone; a run may have to be ended
+    case Coding::kUtf16:
+      break;
+  }
+  return inputBytes;
+}
+
+char* DecodeText(const CodePageTable& table, std::string_view in, char* out,
+                 CodePageCounts& counts) {
+  Losses losses(counts, nullptr);
+  Utf7State utf7;
+  return DecodeChunk(table, utf7, BytesAt(in), BytesAt(in) + in.size(), true, out, losses).out;
+}
+
+char* EncodeText(const CodePageTable& table, std::string_view replacement, std::string_view in,
+                 char* out, CodePageCounts& counts) {
+  Losses losses(counts, nullptr);
+  Utf7State utf7;
+  return EncodeChunk(table, replacement, utf7, BytesAt(in), BytesAt(in) + in.size(), true, out,
+                     losses)
+      .out;
+}
+
+std::size_t CodePageDecoder::MaxOutput(std::size_t inputBytes) const {
+  return MaxDecoded(inputBytes + pendingSize_);
 }
 
 char* CodePageDecoder::Decode(std::string_view in, bool last, char* out,
                               CConversionReport* report) {
-  const auto* next = reinterpret_cast<const Byte*>(in.data());
+  const Byte* next = BytesAt(in);
   const Byte* const end = next + in.size();
   // What the last chunk left is completed byte by byte; then the chunk is read in place.
   while (pendingSize_ > 0 && next != end) {
@@ -413,21 +515,7 @@ char* CodePageDecoder::DecodePart(std::span<const unsigned char> part, bool last
   const Byte* const end = begin + part.size();
   Losses losses(counts_, report);
   losses.SetOrigin(begin, inputOffset_, out, outputOffset_);
-  const auto ends = [&]() -> CoderEnds {
-    switch (table_->coding) {
-      case Coding::kSingleByte:
-        return DecodeSingleByte(*table_, begin, end, out, losses);
-      case Coding::kDoubleByte:
-        return DecodeDoubleByte(*table_, begin, end, last, out, losses);
-      case Coding::kUtf8:
-        return DecodeUtf8(begin, end, last, out, losses);
-      case Coding::kUtf7:
-        return DecodeUtf7(utf7_, begin, end, last, out, losses);
-      case Coding::kUtf16:
-        break;
-    }
-    return CopyBytes(begin, end, out);
-  }();
+  const CoderEnds ends = DecodeChunk(*table_, utf7_, begin, end, last, out, losses);
   inputOffset_ += ends.in - begin;
   outputOffset_ += ends.out - out;
   pendingSize_ = static_cast<std::size_t>(end - ends.in);
@@ -436,28 +524,15 @@ char* CodePageDecoder::DecodePart(std::span<const unsigned char> part, bool last
 }
 
 CodePageEncoder::CodePageEncoder(unsigned codePage, std::string_view replacement)
-    : table_(&TableOrAnsi(codePage)), replacement_(replacement) {}
+    : CodePageEncoder(TableOrAnsi(codePage), replacement) {}
 
 std::size_t CodePageEncoder::MaxOutput(std::size_t inputBytes) const {
-  const std::size_t units = (inputBytes + pendingSize_ + 1) / 2;
-  switch (table_->coding) {
-    case Coding::kSingleByte:
-      return units * std::max<std::size_t>(1, replacement_.size());
-    case Coding::kDoubleByte:
-      return units * std::max<std::size_t>(2, replacement_.size());
-    case Coding::kUtf8:
-      return units * 3;
-    case Coding::kUtf7:
-      return units * 5 + 8;  // "+AKU-" for a unit alone; a run may have to be ended
-    case Coding::kUtf16:
-      break;
-  }
-  return inputBytes;
+  return MaxEncoded(*table_, replacement_, inputBytes + pendingSize_);
 }
 
 char* CodePageEncoder::Encode(std::string_view in, bool last, char* out,
                               CConversionReport* report) {
-  const auto* next = reinterpret_cast<const Byte*>(in.data());
+  const Byte* next = BytesAt(in);
   const Byte* const end = next + in.size();
   while (pendingSize_ > 0 && next != end) {
     pending_[pendingSize_++] = *next++;
@@ -475,25 +550,7 @@ char* CodePageEncoder::EncodePart(std::span<const unsigned char> part, bool last
   const Byte* const end = begin + part.size();
   Losses losses(counts_, report);
   losses.SetOrigin(begin, inputOffset_, out, outputOffset_);
-  auto ends = [&]() -> CoderEnds {
-    switch (table_->coding) {
-      case Coding::kSingleByte:
-        return EncodeSingleByte(*table_, replacement_, begin, end, out, losses);
-      case Coding::kDoubleByte:
-        return EncodeDoubleByte(*table_, replacement_, begin, end, out, losses);
-      case Coding::kUtf8:
-        return EncodeUtf8(begin, end, last, out, losses);
-      case Coding::kUtf7:
-        return EncodeUtf7(utf7_, begin, end, last, out);
-      case Coding::kUtf16:
-        break;
-    }
-    return CopyBytes(begin, end, out);
-  }();
-  if (last && ends.in != end) {
-    losses.Add(ConversionLossKind::kReplaced, ends.in, 1, ends.out);
-    ends.in = end;
-  }
+  const CoderEnds ends = EncodeChunk(*table_, replacement_, utf7_, begin, end, last, out, losses);
   inputOffset_ += ends.in - begin;
   outputOffset_ += ends.out - out;
   pendingSize_ = static_cast<std::size_t>(end - ends.in);

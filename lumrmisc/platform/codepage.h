@@ -20,13 +20,16 @@ namespace lumr {
 // 1254, 1257, 1200, 65000, 65001, and 0.
 bool IsCodePageSupported(unsigned codePage);
 
+// The tables of a code page, which live as long as the program; null for one that is not
+// supported.
+struct CodePageTable;
+const CodePageTable* FindCodePage(unsigned codePage);
+
 // What a coder met so far, in characters.
 struct CodePageCounts {
   long long fits = 0;
   long long replaced = 0;
 };
-
-struct CodePageTable;  // internal
 
 // Internal: where in a text of UTF-7 a coder stands between two chunks.
 struct Utf7State {
@@ -56,6 +59,7 @@ class CodePageDecoder {
  public:
   // A code page that is not supported is taken for the ANSI code page.
   explicit CodePageDecoder(unsigned codePage);
+  explicit CodePageDecoder(const CodePageTable& table) : table_(&table) {}
 
   // The most bytes that Decode writes for that many more bytes of input, what is kept included.
   std::size_t MaxOutput(std::size_t inputBytes) const;
@@ -97,6 +101,8 @@ class CodePageEncoder {
  public:
   // As for the decoder; replacement is any bytes, and must outlive the encoder.
   CodePageEncoder(unsigned codePage, std::string_view replacement);
+  CodePageEncoder(const CodePageTable& table, std::string_view replacement)
+      : table_(&table), replacement_(replacement) {}
 
   // As in the decoder. An odd last byte of the whole text counts as replaced and gives nothing
   // (except for 1200, which copies it).
@@ -119,6 +125,17 @@ class CodePageEncoder {
   long long inputOffset_ = 0;
   long long outputOffset_ = 0;
 };
+
+// A whole text at once: what a new coder writes for it as its last chunk, without the cost of
+// making the coder, which for a header line is as much as the conversion. The room to write into
+// is that of the coder's MaxOutput; counts are added to, and the end of what was written is given.
+std::size_t MaxDecoded(std::size_t inputBytes);
+char* DecodeText(const CodePageTable& table, std::string_view in, char* out,
+                 CodePageCounts& counts);
+std::size_t MaxEncoded(const CodePageTable& table, std::string_view replacement,
+                       std::size_t inputBytes);
+char* EncodeText(const CodePageTable& table, std::string_view replacement, std::string_view in,
+                 char* out, CodePageCounts& counts);
 
 // One unit in the code page: a byte, or lead * 256 + trail, or -1 when it has none. With exact,
 // look-alikes count as none. -1 too for code pages without a table: 1200, 65000, 65001 and what

@@ -12,53 +12,46 @@ using namespace avx512;
 // A vector costs as much as about so many characters one by one.
 constexpr std::ptrdiff_t kWorthVector = 8;
 
-// Sixteen entries of a table. They are gathered four bytes at a time, from even places, so that
-// nothing behind the table is read.
-LUMR_AVX512_INLINE __m512i LookUp16(const std::uint16_t* table, __m512i places) {
-  const __m512i even = _mm512_andnot_si512(_mm512_set1_epi32(1), places);
-  const __m512i both = _mm512_i32gather_epi32(even, table, sizeof *table);
-  const __mmask16 isOdd = _mm512_test_epi32_mask(places, _mm512_set1_epi32(1));
-  const __m512i found = _mm512_mask_srli_epi32(both, isOdd, both, 16);
-  return _mm512_and_si512(found, _mm512_set1_epi32(0xFFFF));
-}
+constexpr __mmask32 kOddLanes = 0xAAAAAAAA;
 
-LUMR_AVX512_INLINE __m512i Halves(__m512i low, __m512i high) {
-  return _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtepi32_epi16(low)),
-                            _mm512_cvtepi32_epi16(high), 1);
+// Sixteen entries of a table, each in the low half of its lane. What the high halves hold stands
+// behind the entries: the tables end with an entry that nobody asks for.
+LUMR_AVX512_INLINE __m512i LookUp16(const std::uint16_t* table, __m512i places) {
+  return _mm512_i32gather_epi32(places, table, sizeof *table);
 }
 
 // 32 entries, of which the first count are wanted.
 LUMR_AVX512_INLINE __m512i LookUp32(const std::uint16_t* table, __m512i places, int count) {
-  const __m512i low = LookUp16(table, _mm512_cvtepu16_epi32(_mm512_castsi512_si256(places)));
-  if (count <= 16) return _mm512_zextsi256_si512(_mm512_cvtepi32_epi16(low));
-  return Halves(low, LookUp16(table, _mm512_cvtepu16_epi32(_mm512_extracti64x4_epi64(places, 1))));
+  if (count <= 16) {
+    const __m512i found = LookUp16(table, _mm512_cvtepu16_epi32(_mm512_castsi512_si256(places)));
+    return _mm512_zextsi256_si512(_mm512_cvtepi32_epi16(found));
+  }
+  const __m512i even = LookUp16(table, _mm512_and_si512(places, _mm512_set1_epi32(0xFFFF)));
+  const __m512i odd = LookUp16(table, _mm512_srli_epi32(places, 16));
+  return _mm512_mask_blend_epi16(kOddLanes, even, _mm512_slli_epi32(odd, 16));
 }
 
-LUMR_AVX512_INLINE __m512i EncodeSixteen(const EncodingTable& table, __m256i sixteen) {
-  const __m512i units = _mm512_cvtepu16_epi32(sixteen);
-  static_assert(kEncodeBlock == 32);
-  const __m512i blocks = LookUp16(table.index, _mm512_srli_epi32(units, 5));
-  const __m512i inBlock = _mm512_and_si512(units, _mm512_set1_epi32(kEncodeBlock - 1));
-  return LookUp16(table.codes, _mm512_add_epi32(blocks, inBlock));
-}
-
-// The values of 32 units other than those of isAscii. A look-up takes most of the time that there
-// is to take: where all units lie in the runs, one for each does.
+// The values of 32 units, of which the first count are wanted, other than those of isAscii. A
+// look-up takes most of the time that there is to take: where all units lie in the runs, one for
+// each does.
 LUMR_AVX512_INLINE __m512i ValuesOf(const EncodingTable& table, __m512i units, __mmask32 isAscii,
                                     int count) {
   __mmask32 isInRun = isAscii;
-  __m512i places = Units(0);
-  for (const UnitRun& run : kCjkRuns) {
-    const __m512i inRun = _mm512_sub_epi16(units, Units(run.first));
-    const __mmask32 isHere = _mm512_cmple_epu16_mask(inRun, Units(run.last - run.first));
+  __m512i shifts = _mm512_setzero_si512();
+  for (const PlacedRun& run : table.runs) {
+    const __m512i inRun = _mm512_sub_epi16(units, _mm512_set1_epi32(static_cast<int>(run.first)));
+    const __mmask32 isHere =
+        _mm512_cmple_epu16_mask(inRun, _mm512_set1_epi32(static_cast<int>(run.span)));
     isInRun |= isHere;
-    places =
-        _mm512_mask_add_epi16(places, isHere, inRun, Units(table.index[run.first / kEncodeBlock]));
+    shifts = _mm512_mask_mov_epi16(shifts, isHere, _mm512_set1_epi32(static_cast<int>(run.shift)));
   }
-  if (table.hasRuns && isInRun == 0xFFFFFFFF) return LookUp32(table.codes, places, count);
-  const __m512i low = EncodeSixteen(table, _mm512_castsi512_si256(units));
-  if (count <= 16) return _mm512_zextsi256_si512(_mm512_cvtepi32_epi16(low));
-  return Halves(low, EncodeSixteen(table, _mm512_extracti64x4_epi64(units, 1)));
+  if (table.hasRuns && isInRun == 0xFFFFFFFF) {
+    return LookUp32(table.codes, _mm512_add_epi16(units, shifts), count);
+  }
+  static_assert(kEncodeBlock == 32);
+  const __m512i blocks = LookUp32(table.index, _mm512_srli_epi16(units, 5), count);
+  const __m512i inBlock = _mm512_and_si512(units, Units(kEncodeBlock - 1));
+  return LookUp32(table.codes, _mm512_add_epi16(blocks, inBlock), count);
 }
 
 // 32 characters, each of them a byte, or a lead byte and its trail.
@@ -107,7 +100,8 @@ LUMR_AVX512_INLINE std::uint64_t MayLead(__m512i bytes, bool hasKatakana) {
 
 LUMR_AVX512 void DecodeDoubleByteAvx512(const std::uint16_t* cells, bool hasKatakana,
                                         const Byte*& in, const Byte* end, char*& out) {
-  while (end - in >= kWorthVector) {
+  while (in != end) {
+    FetchAhead(out);
     const std::ptrdiff_t left = end - in;
     const std::uint64_t here = FirstBits(left);
     const __m512i bytes = _mm512_maskz_loadu_epi8(here, in);
@@ -118,6 +112,7 @@ LUMR_AVX512 void DecodeDoubleByteAvx512(const std::uint16_t* cells, bool hasKata
       out += 2 * count;
       continue;
     }
+    if (left < kWorthVector) return;
     const std::uint64_t allLeads = LeadsAmong(MayLead(bytes, hasKatakana));
     const std::uint64_t whole = here & ~(allLeads & (here ^ here >> 1));
     const std::uint64_t leads = allLeads & whole;
@@ -159,7 +154,7 @@ LUMR_AVX512 void DecodeDoubleByteAvx512(const std::uint16_t* cells, bool hasKata
 
 LUMR_AVX512 void EncodeDoubleByteAvx512(const EncodingTable& table, const Byte*& in,
                                         const Byte* end, char*& out) {
-  while (end - in >= 2 * kWorthVector) {
+  while (end - in >= 2) {
     const std::ptrdiff_t left = (end - in) / 2;
     const int count = left < 32 ? static_cast<int>(left) : 32;
     const std::uint32_t here = FirstBits32(count);
@@ -171,6 +166,7 @@ LUMR_AVX512 void EncodeDoubleByteAvx512(const EncodingTable& table, const Byte*&
       out += count;
       continue;
     }
+    if (left < kWorthVector) return;
     const __m512i looked = ValuesOf(table, units, isAscii, count);
     const __m512i values = _mm512_mask_blend_epi16(isAscii, looked, units);
     const __mmask32 isPair = _mm512_movepi16_mask(values);  // the codes from kFirstPair on

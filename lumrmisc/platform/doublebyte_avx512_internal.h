@@ -2,6 +2,8 @@
 // on others than x86-64 these do nothing.
 #pragma once
 
+#include <iterator>
+
 #include "lumrmisc/platform/codepage_internal.h"
 
 namespace lumr {
@@ -19,8 +21,8 @@ constexpr int LinearRow(int lead, bool hasKatakana) {
 }
 
 // Decodes what in begins with, up to the first code that has no exact unit or is cut off by the
-// end, or to a few last bytes. Surrogates among the cells stand for what has none; their number is
-// even. out has room for a unit for each byte.
+// end, or to a few last bytes. Surrogates among the cells stand for what has none. Two bytes behind
+// the cells are read. out has room for a unit for each byte.
 void DecodeDoubleByteAvx512(const std::uint16_t* cells, bool hasKatakana, const Byte*& in,
                             const Byte* end, char*& out);
 
@@ -31,13 +33,23 @@ struct UnitRun {
 };
 inline constexpr UnitRun kCjkRuns[] = {{0x3000, 0x30FF}, {0x4E00, 0x9FFF}, {0xFF00, 0xFFDF}};
 
-// The encoding table of a code page: index gives the start in codes, the number of which is even,
-// of each block of units. Where hasRuns, the blocks of each of the runs above stand one behind the
-// other.
+// Such a run in an encoding table: the code of a unit u is at u + shift, modulo 65,536, in codes.
+// Each number stands twice, in both halves of a lane: a lane is loaded and spread at once, a unit
+// takes two steps.
+struct PlacedRun {
+  std::uint32_t first;
+  std::uint32_t span;  // last - first
+  std::uint32_t shift;
+};
+
+// The encoding table of a code page: index gives the start in codes of each block of units. Where
+// hasRuns, the blocks of each of the runs stand one behind the other. Two bytes behind index and
+// codes are read.
 struct EncodingTable {
   const std::uint16_t* index;
   const std::uint16_t* codes;
   bool hasRuns;
+  PlacedRun runs[std::size(kCjkRuns)];
 };
 
 // Encodes the whole units that in begins with, up to the first one without an exact code, or to a
