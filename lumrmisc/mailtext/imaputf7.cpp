@@ -53,6 +53,9 @@ class UnitDecoder {
     return out + 2;
   }
 
+  // Whether no bits are left over.
+  bool IsAtBorder() const { return count_ == 0; }
+
   // Whether nothing but padding is left over.
   bool IsComplete() const { return count_ < 6 && (bits_ & ((1u << count_) - 1)) == 0; }
 
@@ -153,22 +156,11 @@ class ImapUtf7Decoder {
   char* Write(std::string_view in, char* out) {
     const char* p = in.data();
     const char* const end = p + in.size();
-    while (p != end) {
-      if (vectors_ && state_ == State::kPlain) {
-        const std::size_t plain =
-            WidenUntilAvx512('&', p, static_cast<std::size_t>(end - p), out, wellFormed_);
-        p += plain;
-        out += 2 * plain;
-        if (p == end) break;
-      }
+    while (true) {
+      if (vectors_) WriteVectors(p, end, out);
+      if (p == end) return out;
       out = WriteChar(*p++, out);
-      if (vectors_ && state_ == State::kAmpersand && p != end && ImapValue(*p) >= 0) {
-        state_ = State::kRun;
-        run_ = UnitDecoder();
-        DecodeUnitsAvx512(kImapValues, p, end, out);
-      }
     }
-    return out;
   }
 
   char* Finish(char* out) {
@@ -181,6 +173,14 @@ class ImapUtf7Decoder {
  private:
   enum class State { kPlain, kAmpersand, kRun, kRunOver };
 
+  void WriteVectors(const char*& p, const char* end, char*& out) {
+    bool inRun = state_ == State::kRun && run_.IsAtBorder();
+    if (state_ != State::kPlain && !inRun) return;
+    DecodeNameAvx512(kImapValues, inRun, p, end, out, wellFormed_);
+    state_ = inRun ? State::kRun : State::kPlain;
+    run_ = UnitDecoder();
+  }
+
   char* WriteChar(char c, char* out) {
     if (state_ == State::kPlain) {
       if (c == '&') {
@@ -192,16 +192,18 @@ class ImapUtf7Decoder {
       return out + 2;
     }
     if (c == '-') return EndRun(out);
-    if (state_ == State::kAmpersand) {
-      state_ = State::kRun;
-      run_ = UnitDecoder();
-    }
+    if (state_ == State::kAmpersand) StartRun();
     const int value = ImapValue(c);
     if (state_ == State::kRun && value >= 0) return run_.Write(value, out);
     // The run ends here, but all up to its "-" goes with it.
     state_ = State::kRunOver;
     wellFormed_ = false;
     return out;
+  }
+
+  void StartRun() {
+    state_ = State::kRun;
+    run_ = UnitDecoder();
   }
 
   char* EndRun(char* out) {
@@ -222,11 +224,6 @@ class ImapUtf7Decoder {
 std::u16string_view UnitsView(const char16_t* text, int length) {
   if (text == nullptr || length < 1) return {};
   return {text, static_cast<std::size_t>(length)};
-}
-
-// The units up to end of a string that was made large enough.
-void CutTo(const char* end, CStringW& out) {
-  out.resize(static_cast<std::size_t>(end - reinterpret_cast<const char*>(out.data())) / 2);
 }
 
 }  // namespace
@@ -281,10 +278,19 @@ int DecodeImap4UTF7(const char* text, int length, CStringW& out) {
 }
 
 int DecodeImap4UTF7(std::string_view text, CStringW& out) {
+  // A string has no room that is not written yet: filling it first would take as long as decoding
+  // into it, while these units stay in the first-level cache.
+  char16_t units[2048];
   transfer::ImapUtf7Decoder decoder;
-  out.assign(decoder.MaxOutput(text.size()) / 2, u'\0');
-  const char* const end = decoder.Write(text, reinterpret_cast<char*>(out.data()));
-  transfer::CutTo(end, out);
+  out.clear();
+  out.reserve(text.size());
+  while (!text.empty()) {
+    const std::string_view slice = text.substr(0, std::size(units));
+    text.remove_prefix(slice.size());
+    char* const begin = reinterpret_cast<char*>(units);
+    const char* const end = decoder.Write(slice, begin);
+    out.append(units, static_cast<std::size_t>(end - begin) / 2);
+  }
   return 1;
 }
 

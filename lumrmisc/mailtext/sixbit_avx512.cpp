@@ -141,23 +141,6 @@ LUMR_AVX512 char* EncodeUnitsAvx512(const PairTable& pairs, const char* in, std:
   return out;
 }
 
-LUMR_AVX512 void DecodeUnitsAvx512(const ValueTable& values, const char*& in, const char* end,
-                                   char*& out) {
-  const __m512i low = _mm512_loadu_si512(values.data());
-  const __m512i high = _mm512_loadu_si512(values.data() + 64);
-  while (end - in >= 8) {
-    const std::uint64_t here = FirstBits(end - in);
-    const __m512i text = _mm512_maskz_loadu_epi8(here, in);
-    const __m512i found = _mm512_permutex2var_epi8(low, text, high);
-    const std::uint64_t outside = _mm512_movepi8_mask(_mm512_or_si512(found, text)) | ~here;
-    const int taken = std::countr_zero(outside) & ~7;
-    _mm512_mask_storeu_epi8(out, FirstBits(taken / 8 * 6), BytesOf(found, kGatherUnits));
-    in += taken;
-    out += taken / 8 * 6;
-    if (taken < 64) return;
-  }
-}
-
 LUMR_AVX512 std::size_t CopyPlainUnitsAvx512(const char* in, std::size_t units, char* out) {
   for (std::size_t i = 0; i < units; i += 32) {
     const std::uint32_t here = FirstBits32(static_cast<std::ptrdiff_t>(units - i));
@@ -184,18 +167,82 @@ LUMR_AVX512 std::size_t CountOtherUnitsAvx512(const char* in, std::size_t units)
   return units;
 }
 
-LUMR_AVX512 std::size_t WidenUntilAvx512(char stop, const char* in, std::size_t size, char* out,
-                                         bool& isAscii) {
-  for (std::size_t i = 0; i < size; i += 64) {
-    const auto left = static_cast<std::ptrdiff_t>(std::min<std::size_t>(size - i, 64));
-    const __m512i text = _mm512_maskz_loadu_epi8(FirstBits(left), in + i);
-    const std::uint64_t stops = _mm512_cmpeq_epi8_mask(text, Bytes(stop));
-    const std::ptrdiff_t count = std::min<std::ptrdiff_t>(left, std::countr_zero(stops));
-    if ((_mm512_movepi8_mask(text) & FirstBits(count)) != 0) isAscii = false;
-    StoreWidened(text, count, out + 2 * i);
-    if (count < 64) return i + static_cast<std::size_t>(count);
+namespace {
+
+// A text as far as a vector reaches, and the places of its "-", which ends runs.
+struct Stretch {
+  __m512i text;
+  std::uint64_t here;
+  std::uint64_t dashes;
+};
+
+LUMR_AVX512_INLINE Stretch LoadStretch(const char* in, const char* end) {
+  const std::uint64_t here = FirstBits(end - in);
+  const __m512i text = _mm512_maskz_loadu_epi8(here, in);
+  return {text, here, _mm512_cmpeq_epi8_mask(text, Bytes('-'))};
+}
+
+// Decodes the count characters that a text begins with and a run ends with; false, and nothing is
+// done, where they are not well-formed.
+LUMR_AVX512_INLINE bool DecodeEnd(const __m512i (&values)[2], __m512i text, int count, char*& out) {
+  const __m512i found = _mm512_permutex2var_epi8(values[0], text, values[1]);
+  const std::uint64_t outside = _mm512_movepi8_mask(_mm512_or_si512(found, text));
+  if ((outside & FirstBits(count)) != 0) return false;
+  // The bits of the last character that belong to no unit are zero, and fewer than six.
+  const unsigned padding = 6 * static_cast<unsigned>(count) % 16;
+  const std::uint64_t notZero = _mm512_test_epi8_mask(found, Bytes((1 << padding) - 1));
+  if (padding >= 6 || (count > 0 && (notZero >> (count - 1) & 1) != 0)) return false;
+  const int size = 6 * count / 16 * 2;
+  _mm512_mask_storeu_epi8(out, FirstBits(size), BytesOf(found, kGatherUnits));
+  out += size;
+  return true;
+}
+
+// Decodes a run with its "-"; false where it stops before, at a border of units.
+LUMR_AVX512_INLINE bool DecodeRun(const __m512i (&values)[2], const char*& in, const char* end,
+                                  char*& out) {
+  while (true) {
+    const Stretch run = LoadStretch(in, end);
+    const int count = std::countr_zero(run.dashes | ~run.here);  // 64 when there is none
+    const bool isEnd = (run.dashes >> (count & 63) & 1) != 0;
+    if (!isEnd && count < 64) return false;
+    if (!DecodeEnd(values, run.text, count, out)) return false;
+    in += count;
+    if (!isEnd) continue;
+    ++in;
+    return true;
   }
-  return size;
+}
+
+}  // namespace
+
+LUMR_AVX512 void DecodeNameAvx512(const ValueTable& values, bool& inRun, const char*& in,
+                                  const char* end, char*& out, bool& isAscii) {
+  const __m512i halves[] = {_mm512_loadu_si512(values.data()),
+                            _mm512_loadu_si512(values.data() + 64)};
+  while (in != end) {
+    if (!inRun) {
+      const Stretch plain = LoadStretch(in, end);
+      const std::uint64_t stops = _mm512_cmpeq_epi8_mask(plain.text, Bytes('&')) | ~plain.here;
+      const std::ptrdiff_t count = std::countr_zero(stops);
+      if ((_mm512_movepi8_mask(plain.text) & FirstBits(count)) != 0) isAscii = false;
+      StoreWidened(plain.text, count, out);
+      in += count;
+      out += 2 * count;
+      if (in == end || count == 64) continue;
+      if (in + 1 == end || values[static_cast<unsigned char>(in[1])] < 0) return;
+      ++in;
+      // Where the run ends is known already: the next step need not wait for its characters.
+      const std::uint64_t dashes = plain.dashes & ~_blsmsk_u64(stops);
+      const auto length = static_cast<int>(std::countr_zero(dashes) - count - 1);
+      if (dashes != 0 && DecodeEnd(halves, LoadStretch(in, end).text, length, out)) {
+        in += length + 1;
+        continue;
+      }
+    }
+    inRun = !DecodeRun(halves, in, end, out);
+    if (inRun) return;
+  }
 }
 
 LUMR_AVX512 char* DecodeSixBitsAvx512(const char* in, std::size_t size, std::size_t count,
@@ -235,16 +282,13 @@ char* DecodeSixBitsAvx512(const char*, std::size_t, std::size_t, char* out) {
 char* EncodeUnitsAvx512(const PairTable&, const char*, std::size_t, char* out) {
   return out;
 }
-void DecodeUnitsAvx512(const ValueTable&, const char*&, const char*, char*&) {}
 std::size_t CopyPlainUnitsAvx512(const char*, std::size_t, char*) {
   return 0;
 }
 std::size_t CountOtherUnitsAvx512(const char*, std::size_t) {
   return 0;
 }
-std::size_t WidenUntilAvx512(char, const char*, std::size_t, char*, bool&) {
-  return 0;
-}
+void DecodeNameAvx512(const ValueTable&, bool&, const char*&, const char*, char*&, bool&) {}
 
 }  // namespace lumr::transfer
 

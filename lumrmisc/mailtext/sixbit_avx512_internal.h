@@ -35,10 +35,6 @@ char* DecodeSixBitsAvx512(const char* in, std::size_t size, std::size_t count, c
 // gives their end.
 char* EncodeUnitsAvx512(const PairTable& pairs, const char* in, std::size_t units, char* out);
 
-// Decodes whole groups of eight characters, which are three units, up to the first one that holds
-// anything outside the alphabet.
-void DecodeUnitsAvx512(const ValueTable& values, const char*& in, const char* end, char*& out);
-
 // Narrows the printable units of ASCII, "&" excepted, that in begins with, and gives their number.
 // out has room for a byte for each of the units.
 std::size_t CopyPlainUnitsAvx512(const char* in, std::size_t units, char* out);
@@ -46,8 +42,11 @@ std::size_t CopyPlainUnitsAvx512(const char* in, std::size_t units, char* out);
 // The number of units at the start of in that are not printable ASCII.
 std::size_t CountOtherUnitsAvx512(const char* in, std::size_t units);
 
-// Widens the bytes before the first that is stop, and gives their number; clears isAscii where one
-// of them is above 7F.
-std::size_t WidenUntilAvx512(char stop, const char* in, std::size_t size, char* out, bool& isAscii);
+// Decodes what in begins with, up to an "&" that begins no run of Base64, or into a run that is not
+// well-formed or that the text may go on with. inRun says where in begins and where it stops:
+// inside such a run, at a border of units, or outside. Clears isAscii where a character outside is
+// above 7F. out has room for a unit for each byte.
+void DecodeNameAvx512(const ValueTable& values, bool& inRun, const char*& in, const char* end,
+                      char*& out, bool& isAscii);
 
 }  // namespace lumr::transfer
