@@ -9,6 +9,8 @@
 
 #include "lumrmisc/buffer/ascii.h"
 #include "lumrmisc/buffer/characterborders_internal.h"
+#include "lumrmisc/buffer/textfinder_avx512_internal.h"
+#include "lumrmisc/platform/cpu.h"
 #include "lumrmisc/platform/types.h"
 #include "lumrmisc/platform/unicode.h"
 
@@ -140,6 +142,12 @@ class AnchorPair {
   bool At(std::size_t pos) const {
     return static_cast<bool>(Fits(firstText_ + pos, first_) & Fits(secondText_ + pos, second_));
   }
+  // The first place from pos to last by vectors; one behind last where there is none.
+  std::size_t NextByVectors(std::size_t pos, std::size_t last) const {
+    const TextAnchor anchors[] = {{firstText_, first_[0], first_[1]},
+                                  {secondText_, second_[0], second_[1]}};
+    return kStep == 1 ? NextBytesAvx512(anchors, pos, last) : NextUnitsAvx512(anchors, pos, last);
+  }
   bool InBlock(std::size_t pos) const {
     Lane any = 0;
     for (std::size_t i = 0; i < kBlock; ++i) {
@@ -169,6 +177,10 @@ class AnchorPair {
 template <class Anchors>
 std::size_t NextPlace(const Anchors& anchors, std::size_t pos, std::size_t last) {
   constexpr std::size_t kStep = Anchors::kStep;
+  if (Cpu().avx512) {
+    pos = anchors.NextByVectors(pos, last);
+    return pos <= last ? pos : npos;
+  }
   while (pos + (kBlock - 1) * kStep <= last && !anchors.InBlock(pos)) pos += kBlock * kStep;
   while (pos <= last && !anchors.At(pos)) pos += kStep;
   return pos <= last ? pos : npos;

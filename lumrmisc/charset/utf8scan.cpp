@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "lumrmisc/charset/utf8scan_avx512_internal.h"
 #include "lumrmisc/charset/wordscan_internal.h"
 #include "lumrmisc/platform/cpu.h"
 
@@ -132,7 +133,9 @@ bool HasUtf8Form(std::string_view text) {
   const char* const end = begin + text.size();
   const char* p = SkipAscii(begin, end);
   if (p == end) return false;
-  if (Cpu().avx2 && end - p >= kBlock + 8) {
+  if (Cpu().avx512) {
+    p = SkipUtf8Avx512(p, end);
+  } else if (Cpu().avx2 && end - p >= kBlock + 8) {
     while (p - begin < 3) {
       const std::ptrdiff_t length = WholeSequence(p, end);
       if (length == 0) return false;

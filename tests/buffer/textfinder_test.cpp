@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "lumrmisc/platform/cpu_internal.h"
 #include "tests/buffer/reference.h"
 
 namespace lumr {
@@ -36,8 +37,11 @@ void ExpectPlaces(TextForm form, std::string_view text, std::string_view word, b
   const std::vector<char> copy(text.begin(), text.end());  // of exactly this size, for sanitizers
   const auto places = reference::Places(form, text, word, ignoreCase);
   TextFinder finder(form, word, ignoreCase);
-  EXPECT_EQ(finder.First({copy.data(), copy.size()}),
-            places.empty() ? TextFinder::npos : places.front());
+  for (const auto level : {internal::CpuLevel::kPortable, internal::CpuLevel::kAll}) {
+    internal::LimitCpu(level);
+    EXPECT_EQ(finder.First({copy.data(), copy.size()}),
+              places.empty() ? TextFinder::npos : places.front());
+  }
   EXPECT_EQ(finder.Last({copy.data(), copy.size()}),
             places.empty() ? TextFinder::npos : places.back());
   EXPECT_EQ(EqualText(form, text.substr(0, word.size()), word, ignoreCase),
