@@ -10,7 +10,7 @@ namespace lumr {
 namespace {
 
 struct Entity {
-  const char* name;
+  std::uint16_t name;  // where it begins in kEntityNames; pointers would be twice the table
   char16_t first;
   char16_t second;  // 0 for a single unit
 };
@@ -75,13 +75,15 @@ const Entity* FindName(std::u16string_view text, std::size_t& length) {
   const Entity* found = nullptr;
   for (std::size_t i = 0; i < text.size() && first != last; ++i) {
     const char16_t unit = text[i];
-    const auto letter = [i](const Entity& row) { return static_cast<char16_t>(row.name[i]); };
+    const auto letter = [i](const Entity& row) {
+      return static_cast<char16_t>(kEntityNames[row.name + i]);
+    };
     first =
         std::partition_point(first, last, [&](const Entity& row) { return letter(row) < unit; });
     last =
         std::partition_point(first, last, [&](const Entity& row) { return letter(row) == unit; });
     if (unit == 0) break;
-    if (first != last && first->name[i + 1] == '\0') {
+    if (first != last && kEntityNames[first->name + i + 1] == '\0') {
       found = first;
       length = i + 1;
     }
