@@ -102,6 +102,7 @@ struct JisDecoder {
     const bool vectors = Cpu().avx512;
     Byte* out = w.out;
     while (in < w.end) {
+      if (vectors && FastVectors(in, w.end, out, state)) continue;
       if (*in == kEscape) {
         if (!FastEscape(in, w.end, state)) break;
       } else if ((state & kKana) != 0) {
@@ -112,9 +113,7 @@ struct JisDecoder {
         CopyPlain<true>(in, w.end, out);
       } else {
         const Byte* const begin = in;
-        if (state == kKanji && vectors) {
-          JisToSJisAvx512(in, w.end, out);
-        } else if (state == kKanji) {
+        if (state == kKanji) {
           ConvertPairs<sse2::JisToSJis<0>>(kJisToSJis, 0, in, w.end, out);
         }
         if (in == begin) break;
@@ -171,6 +170,18 @@ struct JisDecoder {
 
   static void Apply(const Escape& escape, Byte& state) {
     state = static_cast<Byte>((state & ~escape.cleared) | escape.set);
+  }
+
+  // Whether that came any further. Not tried where vectors would stop soon: what has bytes above 7F
+  // is no text of this kind.
+  static bool FastVectors(const Byte*& in, const Byte* end, Byte*& out, Byte& state) {
+    if ((state != 0 && state != kKanji) || end - in < 8) return false;
+    if ((LoadValue<std::uint64_t>(in) & WordOf<Byte>::kHighBits) != 0) return false;
+    const Byte* const begin = in;
+    bool inKanji = state == kKanji;
+    JisToSJisAvx512(inKanji, in, end, out);
+    state = inKanji ? kKanji : Byte{0};
+    return in != begin;
   }
 
   static bool FastEscape(const Byte*& in, const Byte* end, Byte& state) {
