@@ -68,7 +68,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   LayoutLine(setup.metrics, line, 0, lines);
   CheckLines(setup, line, lines);
 
-  // The same text without its middle, grown to the whole.
+  // A first part of the text, grown to the whole.
   std::size_t cut = std::min(setup.cut, text.size());
   if (setup.codeType == CT_UNICODE) cut -= cut % 2;
   const std::string_view first = text.substr(0, cut);
@@ -76,12 +76,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const int firstQuote = QuotePrefixLength(setup.metrics, first) > 0 ? 0 : -1;
   CPhysicalLines grown;
   LayoutLine(setup.metrics, {first, before, firstQuote}, 0, grown);
-  int changed = static_cast<int>(cut);
+  LineChange change(static_cast<int>(cut));
   const auto differing = std::mismatch(before.begin(), before.end(), links.begin(), links.end());
-  if (differing.first != before.end()) changed = std::min(changed, differing.first->start);
-  if (differing.second != links.end()) changed = std::min(changed, differing.second->start);
-  if (quote != firstQuote) changed = 0;
-  LayoutLine(setup.metrics, line, changed, grown);
+  if (differing.first != before.end()) {
+    change.first = std::min(change.first, differing.first->start);
+  }
+  if (differing.second != links.end()) {
+    change.first = std::min(change.first, differing.second->start);
+  }
+  if (quote != firstQuote) change = 0;
+  LayoutLine(setup.metrics, line, change, grown);
   Require(std::ranges::equal(grown.Items(), lines.Items()));
   return 0;
 }

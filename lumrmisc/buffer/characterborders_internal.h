@@ -43,4 +43,13 @@ class CharacterBorders {
   std::size_t runEnd_ = 0;
 };
 
+// The size of a text without a lead byte at its end that is no trail byte: what stands before reads
+// as it does, however the text grows. border is a place at which a character begins; the nearer to
+// the end, the less is read.
+inline std::size_t SettledSize(const MbcsPage& page, std::string_view text, std::size_t border) {
+  const std::string_view rest = text.substr(border);
+  if (rest.empty() || !page.IsLead(rest.back())) return text.size();
+  return text.size() - (page.IsTrailInContext(rest, rest.size() - 1) ? 0 : 1);
+}
+
 }  // namespace lumr

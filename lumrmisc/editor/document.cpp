@@ -9,8 +9,7 @@
 #include <utility>
 
 #include "lumrmisc/charset/linescan.h"
-#include "lumrmisc/editor/layout.h"
-#include "lumrmisc/editor/quote.h"
+#include "lumrmisc/editor/linetext_internal.h"
 
 namespace lumr {
 namespace {
@@ -89,9 +88,16 @@ void CEditorDocument::Clear(CodeType codeType) {
   lines_.Clear();
   headerCount_ = 0;
   quotes_.Clear();
-  widest_ = 0;
+  widest_.Clear();
   finder_ = LinkFinder(codeType);
-  searched_ = nullptr;
+  ForgetLast();
+}
+
+// The last line is another one now: it is read from its start when it grows.
+void CEditorDocument::ForgetLast() {
+  linksKept_ = false;
+  quoteScan_ = {};
+  border_ = 0;
 }
 
 void CEditorDocument::Append(CEditorLineFontMetrics& metrics, std::string_view text,
@@ -109,12 +115,18 @@ void CEditorDocument::Append(CEditorLineFontMetrics& metrics, std::string_view t
 void CEditorDocument::AddPiece(CEditorLineFontMetrics& metrics, std::string_view mark,
                                std::string_view piece, bool goesOn) {
   if (goesOn && mark.empty() && piece.empty()) return;
+  if (!goesOn) {
+    ForgetLast();
+    widest_.NextLine();
+  }
   CLLineData& line = goesOn ? lines_.Line(lines_.Count() - 1) : lines_.Append();
   const SumsGuard guard(lines_, lines_.Count() - 1);
   const int length = line.Length();
   if (length > kLargestText - static_cast<long long>(mark.size() + piece.size())) {
     throw std::bad_alloc();
   }
+  const auto settledEnd = [this](const auto& text) { return text.SettledEnd(border_); };
+  if (length > 0) border_ = WithLineText(metrics.Page(), line.Text(), settledEnd);
   if (!mark.empty()) {
     std::string marked(mark);
     line.AppendText(marked += piece);
@@ -128,37 +140,41 @@ void CEditorDocument::AddPiece(CEditorLineFontMetrics& metrics, std::string_view
 
 // Brings a line up to date that has grown behind changed; 0 is a new line.
 void CEditorDocument::Examine(CEditorLineFontMetrics& metrics, CLLineData& line, int changed) {
-  const bool turnsOtherwise = UpdateQuote(metrics, line, changed) && metrics.NoTurnQuoted();
+  const bool turnsOtherwise = UpdateQuote(metrics, line, quoteScan_) && metrics.NoTurnQuoted();
   const int linkChanged = UpdateLinks(line, changed);
-  int from = metrics.NoTurnUrl() ? std::min(changed, linkChanged) : changed;
-  if (turnsOtherwise) from = 0;
-  LayOut(metrics, line, from);
+  LineChange change(changed);
+  change.border = static_cast<int>(border_);
+  if (metrics.NoTurnUrl()) change.first = std::min(changed, linkChanged);
+  LayOut(metrics, line, turnsOtherwise ? LineChange(0) : change);
 }
 
 // Gives whether the line became quoted, or no longer is.
 bool CEditorDocument::UpdateQuote(const CEditorLineMetrics& metrics, CLLineData& line,
-                                  int changed) {
+                                  QuoteScan& scan) {
   const int old = line.GetQuoteIndex();
-  // What stands further behind the prefix than this has no say in it.
-  const long long known = old >= 0 ? static_cast<long long>(quotes_[old].size()) : 0;
-  if (changed > known + 2LL * std::max(metrics.QuoteLen(), 4) + 8) return false;
-  const int length = QuotePrefixLength(metrics, line.Text());
-  const std::string_view prefix = line.Text().substr(0, static_cast<std::size_t>(length));
-  line.SetQuoteIndex(length > 0 ? quotes_.IndexOf(prefix, codeType_) : -1);
-  return (old >= 0) != (length > 0);
+  const std::size_t oldLength = old >= 0 ? quotes_[old].size() : 0;
+  const std::size_t same = scan.prefix;
+  QuoteScan next = scan;
+  const auto length = static_cast<std::size_t>(QuotePrefixLength(metrics, line.Text(), next));
+  if (length != same || length != oldLength) {
+    line.SetQuoteIndex(quotes_.Change(old, same, line.Text().substr(0, length), codeType_));
+  }
+  scan = next;
+  return (oldLength > 0) != (length > 0);
 }
 
 // Gives the first byte at which the links differ from before.
 int CEditorDocument::UpdateLinks(CLLineData& line, int changed) {
   std::size_t same = 0;
-  if (changed > 0 && searched_ == &line) {
+  if (changed > 0 && std::exchange(linksKept_, false)) {
     same = finder_.FindMore(line.Text(), links_);
   } else {
     finder_.FindAll(line.Text(), links_);
   }
-  searched_ = &line;
+  linksKept_ = true;
   CompactArray<LinkRange>& ranges = line.MutableUrlRanges();
   same = std::min(same, ranges.Size());
+  while (same < ranges.Size() && same < links_.size() && ranges[same] == links_[same]) ++same;
   if (same == ranges.Size() && same == links_.size()) return line.Length();
   const int start = same < links_.size() ? links_[same].start : line.Length();
   const int oldStart = same < ranges.Size() ? ranges[same].start : line.Length();
@@ -166,17 +182,19 @@ int CEditorDocument::UpdateLinks(CLLineData& line, int changed) {
   return std::min(start, oldStart);
 }
 
-void CEditorDocument::LayOut(CEditorLineFontMetrics& metrics, CLLineData& line, int changed) {
+void CEditorDocument::LayOut(CEditorLineFontMetrics& metrics, CLLineData& line,
+                             const LineChange& change) {
   CPhysicalLines& physical = line.PhysicalLines();
-  const int differs = LayoutLine(metrics, line, changed, physical);
-  for (int i = physical.IndexAt(differs); i < physical.Count(); ++i) {
-    widest_ = std::max(widest_, physical[i].pixels);
-  }
+  const int differs = LayoutLine(metrics, line, change, physical);
+  // Where the next one begins elsewhere a physical line has another width, too.
+  widest_.LaidOut(physical, std::max(physical.IndexAt(differs) - 1, 0));
 }
 
 void CEditorDocument::RenewLine(CEditorLineFontMetrics& metrics, CLLineData& line, bool withLinks) {
   line.SetQuoteIndex(-1);
-  UpdateQuote(metrics, line, 0);
+  widest_.NextLine();
+  quoteScan_ = {};
+  UpdateQuote(metrics, line, quoteScan_);
   if (withLinks) UpdateLinks(line, 0);
   LayOut(metrics, line, 0);
 }
@@ -185,25 +203,28 @@ void CEditorDocument::SetCodeType(CodeType codeType, CEditorLineFontMetrics& met
   codeType_ = codeType;
   quotes_.Clear();
   finder_ = LinkFinder(codeType);
-  widest_ = 0;
+  ForgetLast();
+  widest_.Clear();
   for (int i = 0; i < lines_.Count(); ++i) RenewLine(metrics, lines_.Line(i), true);
   lines_.AllChanged();
 }
 
 void CEditorDocument::LayOutAll(CEditorLineFontMetrics& metrics) {
   quotes_.Clear();
-  widest_ = 0;
+  widest_.Clear();
   for (int i = 0; i < lines_.Count(); ++i) RenewLine(metrics, lines_.Line(i), false);
   lines_.AllChanged();
 }
 
 bool CEditorDocument::LayOutTurned(CEditorLineFontMetrics& metrics) {
   bool any = false;
-  widest_ = 0;
+  widest_.Clear();
   for (int i = 0; i < lines_.Count(); ++i) {
     CLLineData& line = lines_.Line(i);
-    if (line.PhysicalLines().Count() == 1 && IsWithinLimit(metrics, line.PhysicalLines()[0])) {
-      widest_ = std::max(widest_, line.PhysicalLines()[0].pixels);
+    widest_.NextLine();
+    if (line.PhysicalLines().Count() == 1 &&
+        IsWithinLimit(metrics, line.PhysicalLines()[0], line.Length())) {
+      widest_.LaidOut(line.PhysicalLines(), 0);
       continue;
     }
     LayOut(metrics, line, 0);
@@ -215,7 +236,7 @@ bool CEditorDocument::LayOutTurned(CEditorLineFontMetrics& metrics) {
 
 int CEditorDocument::InsertHeader(CEditorLineFontMetrics& metrics, std::string_view text,
                                   bool& wider) {
-  const int before = widest_;
+  const int before = GetWidest();
   text = WholeUnits(text, codeType_);
   std::vector<CLLineData> inserted;
   bool ended = false;
@@ -225,15 +246,21 @@ int CEditorDocument::InsertHeader(CEditorLineFontMetrics& metrics, std::string_v
   for (std::string_view piece; TakeLine(text, codeType_, piece, ended);) {
     CLLineData& line = inserted.emplace_back();
     line.SetText(piece);
-    UpdateQuote(metrics, line, 0);
+    QuoteScan scan;
+    UpdateQuote(metrics, line, scan);
     finder.FindAll(piece, links);
     line.MutableUrlRanges().Assign(links);
-    LayOut(metrics, line, 0);
+    LayoutLine(metrics, line, 0, line.PhysicalLines());
+    widest_.Add(line.PhysicalLines());
   }
-  wider = widest_ > before;
+  wider = GetWidest() > before;
   headerCount_ = static_cast<int>(inserted.size());
+  const bool wasEmpty = lines_.Count() == 0;
   lines_.Insert(0, std::move(inserted));
-  searched_ = nullptr;
+  if (wasEmpty) {
+    ForgetLast();
+    FindWidest();
+  }
   return headerCount_;
 }
 
@@ -241,14 +268,17 @@ int CEditorDocument::RemoveHeader() {
   const int count = std::exchange(headerCount_, 0);
   if (count == 0) return 0;
   lines_.Remove(0, count);
-  searched_ = nullptr;
-  widest_ = 0;
-  for (int i = 0; i < lines_.Count(); ++i) {
-    for (const CPhysicalLine& line : lines_[i].PhysicalLines().Items()) {
-      widest_ = std::max(widest_, line.pixels);
-    }
-  }
+  if (lines_.Count() == 0) ForgetLast();
+  FindWidest();
   return count;
+}
+
+void CEditorDocument::FindWidest() {
+  widest_.Clear();
+  for (int i = 0; i < lines_.Count(); ++i) {
+    widest_.NextLine();
+    widest_.LaidOut(lines_[i].PhysicalLines(), 0);
+  }
 }
 
 // ---- The text

@@ -11,10 +11,13 @@
 
 #include "lumrmisc/buffer/buffer.h"
 #include "lumrmisc/charset/codetype.h"
+#include "lumrmisc/editor/layout.h"
 #include "lumrmisc/editor/linemetrics.h"
 #include "lumrmisc/editor/linestore.h"
+#include "lumrmisc/editor/quote.h"
 #include "lumrmisc/editor/quotetable.h"
 #include "lumrmisc/editor/textpos.h"
+#include "lumrmisc/editor/widest.h"
 #include "lumrmisc/mailtext/links.h"
 
 namespace lumr {
@@ -28,7 +31,7 @@ class CEditorDocument {
   const CLLineData& operator[](int line) const { return lines_[line]; }
   const CQuoteTable& QuoteTable() const { return quotes_; }
   // The width in pixels of the widest physical line.
-  int GetWidest() const { return widest_; }
+  int GetWidest() const { return widest_.Pixels(); }
   // The size in bytes with line ends.
   long long GetByteSize() const;
 
@@ -92,10 +95,12 @@ class CEditorDocument {
   void AddPiece(CEditorLineFontMetrics& metrics, std::string_view mark, std::string_view piece,
                 bool goesOn);
   void Examine(CEditorLineFontMetrics& metrics, CLLineData& line, int changed);
-  bool UpdateQuote(const CEditorLineMetrics& metrics, CLLineData& line, int changed);
+  bool UpdateQuote(const CEditorLineMetrics& metrics, CLLineData& line, QuoteScan& scan);
   int UpdateLinks(CLLineData& line, int changed);
-  void LayOut(CEditorLineFontMetrics& metrics, CLLineData& line, int changed);
+  void LayOut(CEditorLineFontMetrics& metrics, CLLineData& line, const LineChange& change);
   void RenewLine(CEditorLineFontMetrics& metrics, CLLineData& line, bool withLinks);
+  void ForgetLast();
+  void FindWidest();
   void WritePart(LinePlace from, LinePlace to, const Writing& writing, CBuffer& out) const;
   LinePlace PlaceOf(const CTextPos& pos) const;
 
@@ -103,13 +108,16 @@ class CEditorDocument {
   LineStore lines_;
   int headerCount_ = 0;
   CQuoteTable quotes_;
-  int widest_ = 0;
+  CWidestLine widest_;
 
-  // The links of the line that was looked at last, and where its search stands, so that the last
-  // line can grow without being searched again.
+  // Text comes in at the end, so the last line keeps what it takes to grow without being read
+  // again: its links and where the search for them stands, where that for its quote prefix does,
+  // and a place near its end at which a character begins.
   LinkFinder finder_{CT_SJIS};
   std::vector<LinkRange> links_;
-  const CLLineData* searched_ = nullptr;
+  bool linksKept_ = false;
+  QuoteScan quoteScan_;
+  std::size_t border_ = 0;
 };
 
 }  // namespace lumr

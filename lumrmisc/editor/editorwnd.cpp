@@ -7,7 +7,6 @@
 #include "lumrmisc/buffer/counted.h"
 #include "lumrmisc/charset/convert.h"
 #include "lumrmisc/editor/layout.h"
-#include "lumrmisc/editor/linetext_internal.h"
 #include "lumrmisc/editor/quote.h"
 
 namespace lumr {
@@ -24,32 +23,6 @@ int ClampToInt(long long value) {
 std::string_view TextOf(const char* text, int len, CodeType codeType) {
   if (len < 0 && IsCodeTypeUnicode(codeType)) return CountedUnits(text);
   return CountedText(text, len);
-}
-
-// The width of a text that begins in column 0.
-int PixelsOf(CEditorLineFontMetrics& metrics, std::string_view text) {
-  if (metrics.IsHeadless()) {
-    return CountColumns(metrics, text) * CEditorLineMetrics::kHeadlessColumnPixels;
-  }
-  return WithLineText(metrics.Page(), text, [&](const auto& line) {
-    const std::string_view space =
-        metrics.IsUnicode() ? std::string_view(" \0", 2) : std::string_view(" ");
-    long long columns = 0;
-    long long pixels = 0;
-    std::size_t length = 0;
-    for (std::size_t pos = 0; pos < line.Size(); pos += length) {
-      length = line.CharLength(pos);
-      if (line.At(pos) == '\t') {
-        const long long stop = NextTabStop(columns, metrics.TabColumn());
-        pixels += (stop - columns) * metrics.WidthOf(space);
-        columns = stop;
-      } else {
-        pixels += metrics.WidthOf(line.Bytes(pos, length));
-        columns += line.CharColumns(pos);
-      }
-    }
-    return ClampToInt(pixels);
-  });
 }
 
 }  // namespace
@@ -452,7 +425,7 @@ CPoint CEditorWnd::CaretPoint() const {
     if (caret_.pos.physLine >= 0 && caret_.pos.physLine < physical.Count()) {
       const int length = GetLineByteCountP(caret_.pos.line, caret_.pos.physLine);
       const int inside = std::clamp(before, 0, length);
-      x += PixelsOf(
+      x += CountPixels(
           *lineMetrics_,
           line->Text().substr(static_cast<std::size_t>(physical[caret_.pos.physLine].start),
                               static_cast<std::size_t>(inside)));

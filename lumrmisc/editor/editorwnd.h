@@ -110,6 +110,8 @@ class CEditorWnd {
   int GetHeaderLineCount() const { return document_.GetHeaderCount(); }
   // The size in bytes with line ends.
   long long GetDocumentSize() const { return document_.GetByteSize(); }
+  // The width in pixels of the widest physical line.
+  int GetWidest() const { return document_.GetWidest(); }
   // A line, or null; valid until the document changes.
   const CLLineData* GetLine(int line) const;
 

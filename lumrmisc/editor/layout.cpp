@@ -22,7 +22,14 @@ struct Extent {
   long long pixels = 0;
 };
 
-// ---- Measuring: by columns alone, or by the widths of a font.
+// ---- Measuring: by columns alone, or by the widths of a font. Known is the extent of a first part
+// of the physical line that was measured before, which is then not looked at again.
+
+// Where counting columns may begin.
+ColumnPlace FitFrom(std::size_t start, const Extent& known, long long limit) {
+  if (known.columns > limit) return {start, 0};
+  return {known.end, known.columns};
+}
 
 class ColumnMeasure {
  public:
@@ -30,13 +37,13 @@ class ColumnMeasure {
 
   // The first part of the text from start that fits the limit.
   template <typename Text>
-  Extent Fit(const Text& text, std::size_t start, long long limit) const {
+  Extent Fit(const Text& text, std::size_t start, const Extent& known, long long limit) const {
     if (metrics_.Mode() == kTurnAtPixels) {
       // As FontMeasure, whose shortcut only shows where a column is more than half of the limit.
-      if (limit < 2) return Whole(text, start);
+      if (limit < 2) return Extend(text, known, text.Size());
       limit /= CEditorLineMetrics::kHeadlessColumnPixels;
     }
-    return Widen(text.Advance({start, 0}, limit, metrics_.TabColumn()));
+    return Widen(text.Advance(FitFrom(start, known, limit), limit, metrics_.TabColumn()));
   }
 
   // Whether Fit gives pixels where they are wanted.
@@ -50,10 +57,6 @@ class ColumnMeasure {
   }
 
  private:
-  template <typename Text>
-  Extent Whole(const Text& text, std::size_t start) const {
-    return Extend(text, {start, 0, 0}, text.Size());
-  }
   static Extent Widen(ColumnPlace place) {
     return {place.pos, place.columns, place.columns * CEditorLineMetrics::kHeadlessColumnPixels};
   }
@@ -66,9 +69,10 @@ class FontMeasure {
   explicit FontMeasure(CEditorLineFontMetrics& metrics) : metrics_(metrics) {}
 
   template <typename Text>
-  Extent Fit(const Text& text, std::size_t start, long long limit) {
+  Extent Fit(const Text& text, std::size_t start, const Extent& known, long long limit) {
     if (metrics_.Mode() != kTurnAtPixels) {
-      const ColumnPlace place = text.Advance({start, 0}, limit, metrics_.TabColumn());
+      const ColumnPlace from = FitFrom(start, known, limit);
+      const ColumnPlace place = text.Advance(from, limit, metrics_.TabColumn());
       return {place.pos, place.columns, 0};
     }
     // Half as many bytes as the limit has pixels are wider than it in any usual font; where they
@@ -102,7 +106,7 @@ class FontMeasure {
   template <typename Text>
   Extent Step(const Text& text, Extent place) {
     const std::size_t length = text.CharLength(place.end);
-    if (text.At(place.end) == '\t') {
+    if (text.IsTab(place.end)) {
       const long long stop = NextTabStop(place.columns, metrics_.TabColumn());
       return {place.end + length, stop,
               place.pixels + (stop - place.columns) * metrics_.WidthOf(Space())};
@@ -137,11 +141,12 @@ class Turner {
     unsigned rules;
   };
 
-  // The physical line that begins at start, which is inside the text.
-  Turned Turn(std::size_t start) {
+  // The physical line that begins at start, which is inside the text, and of which a part may be
+  // known.
+  Turned Turn(std::size_t start, const Extent& known) {
     start_ = start;
     rules_ = 0;
-    Extent extent = measure_.Fit(text_, start, metrics_.Limit());
+    Extent extent = measure_.Fit(text_, start, known, metrics_.Limit());
     std::size_t limit = extent.end;
     if (limit == start) {
       rules_ |= kBreakOneCharacter;
@@ -149,7 +154,7 @@ class Turner {
     }
     const std::size_t end = limit < text_.Size() ? MoveBreak(limit) : limit;
     if (end != extent.end || !measure_.FitIsComplete()) {
-      extent = measure_.Extend(text_, {start, 0, 0}, end);
+      extent = measure_.Extend(text_, known.end <= end ? known : Extent{start, 0, 0}, end);
     }
     return {extent, limit, rules_};
   }
@@ -278,18 +283,41 @@ class LineLayout {
              Measure& measure, CPhysicalLines& lines)
       : metrics_(metrics), line_(line), text_(text), measure_(measure), lines_(lines) {}
 
-  int Run(int changed) {
-    changed = std::clamp(changed, 0, static_cast<int>(text_.Size()));
-    differs_ = changed;
+  int Run(const LineChange& change) {
+    differs_ = std::clamp(change.first, 0, static_cast<int>(text_.Size()));
+    ReadGrowth(change);
     if (IsNeverTurned(metrics_, line_)) {
-      StoreWhole(changed);
+      StoreWhole();
     } else {
-      TurnFrom(FirstToTurn(changed));
+      TurnFrom(FirstToTurn(differs_));
     }
     return differs_;
   }
 
  private:
+  // Whether the text before only grew at its end, and how much of it reads as it did.
+  void ReadGrowth(const LineChange& change) {
+    const int old = lines_.Items().back().reach - kLayoutLookAhead;
+    if (change.text < old || old <= 0 || old > static_cast<int>(text_.Size())) return;
+    old_ = static_cast<std::size_t>(old);
+    settled_ = text_.First(old_).SettledEnd(static_cast<std::size_t>(change.border));
+  }
+
+  // What is known of the physical line that begins at start, from the one that is stored there. One
+  // that was taken to fit unseen is again, and then nobody asks for the rest of its extent.
+  Extent KnownOf(int index, std::size_t start) {
+    const Extent nothing{start, 0, 0};
+    if (old_ == 0 || index >= lines_.Count()) return nothing;
+    const CPhysicalLine& line = lines_[index];
+    if (static_cast<std::size_t>(line.start) != start) return nothing;
+    const auto end = static_cast<std::size_t>(lines_.EndOf(index, static_cast<int>(old_)));
+    const Extent extent{end, line.columns, line.pixels};
+    if (end <= settled_) return extent;
+    if (settled_ <= start) return nothing;
+    const Extent open = measure_.Extend(text_.First(end), {settled_, 0, 0}, end);
+    return {settled_, extent.columns - open.columns, extent.pixels - open.pixels};
+  }
+
   // The first physical line whose end the changed byte has a say in. Reaches rise.
   int FirstToTurn(int changed) const {
     const auto items = lines_.Items();
@@ -305,24 +333,17 @@ class LineLayout {
     std::size_t start = static_cast<std::size_t>(lines_[index].start);
     if (text_.Size() == 0) Store(index++, 0, {}, 0);
     while (start < text_.Size()) {
-      const auto turned = turner.Turn(start);
+      const auto turned = turner.Turn(start, KnownOf(index, start));
       Store(index++, start, turned.extent, turned.limit);
       start = turned.extent.end;
     }
     Finish(index);
   }
 
-  // A line that is not turned grows by what was appended, without a look at the rest.
-  void StoreWhole(int changed) {
-    Extent done;
-    const CPhysicalLine& old = lines_[0];
-    const bool appended = lines_.Count() == 1 && changed > 0 && metrics_.Mode() != kTurnAtPixels &&
-                          old.reach == changed + kLayoutLookAhead;
-    if (appended && text_.IsWholeBefore(static_cast<std::size_t>(changed))) {
-      done = {static_cast<std::size_t>(changed), old.columns, old.pixels};
-    }
+  void StoreWhole() {
+    const Extent known = lines_.Count() == 1 ? KnownOf(0, 0) : Extent();
     reach_ = 0;
-    Store(0, 0, measure_.Extend(text_, done, text_.Size()), text_.Size());
+    Store(0, 0, measure_.Extend(text_, known, text_.Size()), text_.Size());
     Finish(1);
   }
 
@@ -351,33 +372,38 @@ class LineLayout {
   CPhysicalLines& lines_;
   int reach_ = 0;
   int differs_ = 0;
+  std::size_t old_ = 0;      // the size of the text before, when it only grew at its end; else 0
+  std::size_t settled_ = 0;  // of it, what reads as it did
 };
 
 template <typename Measure>
-int Layout(const CEditorLineMetrics& metrics, const LineView& line, Measure measure, int changed,
-           CPhysicalLines& lines) {
+int Layout(const CEditorLineMetrics& metrics, const LineView& line, Measure measure,
+           const LineChange& change, CPhysicalLines& lines) {
   const auto run = [&](const auto& text) {
-    return LineLayout(metrics, line, text, measure, lines).Run(changed);
+    return LineLayout(metrics, line, text, measure, lines).Run(change);
   };
   return WithLineText(metrics.Page(), line.text, run, metrics.KeepsPairs());
 }
 
 }  // namespace
 
-int LayoutLine(const CEditorLineMetrics& metrics, const LineView& line, int changed,
+int LayoutLine(const CEditorLineMetrics& metrics, const LineView& line, const LineChange& change,
                CPhysicalLines& lines) {
-  return Layout(metrics, line, ColumnMeasure(metrics), changed, lines);
+  return Layout(metrics, line, ColumnMeasure(metrics), change, lines);
 }
 
-int LayoutLine(CEditorLineFontMetrics& metrics, const LineView& line, int changed,
+int LayoutLine(CEditorLineFontMetrics& metrics, const LineView& line, const LineChange& change,
                CPhysicalLines& lines) {
-  if (metrics.IsHeadless()) return Layout(metrics, line, ColumnMeasure(metrics), changed, lines);
-  return Layout(metrics, line, FontMeasure(metrics), changed, lines);
+  if (metrics.IsHeadless()) return Layout(metrics, line, ColumnMeasure(metrics), change, lines);
+  return Layout(metrics, line, FontMeasure(metrics), change, lines);
 }
 
-bool IsWithinLimit(const CEditorLineMetrics& metrics, const CPhysicalLine& line) {
+bool IsWithinLimit(const CEditorLineMetrics& metrics, const CPhysicalLine& line, int length) {
   if (metrics.Mode() == kTurnNever) return true;
-  return (metrics.Mode() == kTurnAtColumns ? line.columns : line.pixels) <= metrics.Limit();
+  if (metrics.Mode() == kTurnAtColumns) return line.columns <= metrics.Limit();
+  // A limit looks at half as many bytes as it has pixels: one that took this line to fit unseen
+  // would have looked at less than the line, and is not below the width that it saw.
+  return line.pixels <= metrics.Limit() && line.pixels >= 2LL * length;
 }
 
 LineBreak FindBreak(const CEditorLineMetrics& metrics, const LineView& line, int start) {
@@ -387,11 +413,22 @@ LineBreak FindBreak(const CEditorLineMetrics& metrics, const LineView& line, int
   const auto find = [&](const auto& text) {
     ColumnMeasure measure(metrics);
     Turner turner(metrics, line, text, measure);
-    const auto turned = turner.Turn(static_cast<std::size_t>(start));
+    const auto begin = static_cast<std::size_t>(start);
+    const auto turned = turner.Turn(begin, {begin, 0, 0});
     return LineBreak{static_cast<int>(turned.limit), static_cast<int>(turned.extent.end),
                      turned.rules};
   };
   return WithLineText(metrics.Page(), line.text, find, metrics.KeepsPairs());
+}
+
+int CountPixels(CEditorLineFontMetrics& metrics, std::string_view text) {
+  const auto count = [&](const auto& line) {
+    const Extent none;
+    const auto whole = [&](auto measure) { return measure.Extend(line, none, line.Size()).pixels; };
+    return ClampToInt(metrics.IsHeadless() ? whole(ColumnMeasure(metrics))
+                                           : whole(FontMeasure(metrics)));
+  };
+  return WithLineText(metrics.Page(), text, count);
 }
 
 int CountColumns(const CEditorLineMetrics& metrics, std::string_view text) {

@@ -7,7 +7,8 @@
 // limit. What stands before a place is read in the context of the line, so that the second byte of
 // a character is never taken for the first of another one.
 //
-// A layout takes time linear in the text behind the changed place, whatever the text.
+// A layout takes time linear in the text behind the changed place, whatever the text; what is
+// appended to a physical line that nothing can turn takes time by itself alone.
 #pragma once
 
 #include <span>
@@ -30,20 +31,30 @@ struct LineView {
       : LineView(line.Text(), line.UrlRanges(), line.GetQuoteIndex()) {}
 };
 
+// Where a line differs from what its physical lines were laid out from.
+struct LineChange {
+  int first = 0;   // the first byte at which the text, or a link, differs
+  int text = 0;    // the first byte at which the text does; 0 or less: other parameters, too
+  int border = 0;  // a byte near the end of the text before at which a character begins now
+
+  LineChange(int changed) : first(changed), text(changed) {}
+};
+
 // Lays a line out into lines, which are reused: a record that has grown once needs no memory.
 //
-// changed is the first byte at which the text, or a link, differs from what lines was laid out
-// from; 0 or less, or other parameters than before: from the start. What stands before is not
-// looked at again. Gives the smaller of changed and the first byte at which the start of a
-// physical line differs from before: from there on the line must be drawn again.
-int LayoutLine(const CEditorLineMetrics& metrics, const LineView& line, int changed,
+// change is 0 for a new line and for other parameters than before: from the start. What stands
+// before the change is not looked at again. Gives the smaller of its first byte and the first byte
+// at which the start of a physical line differs from before: from there on the line must be
+// drawn again.
+int LayoutLine(const CEditorLineMetrics& metrics, const LineView& line, const LineChange& change,
                CPhysicalLines& lines);
-int LayoutLine(CEditorLineFontMetrics& metrics, const LineView& line, int changed,
+int LayoutLine(CEditorLineFontMetrics& metrics, const LineView& line, const LineChange& change,
                CPhysicalLines& lines);
 
-// Whether a single physical line is within the limit, so that it would be laid out as it is.
-// True when lines are never turned.
-bool IsWithinLimit(const CEditorLineMetrics& metrics, const CPhysicalLine& line);
+// Whether a single physical line of so many bytes is within the limit, so that it would be laid
+// out as it is. True when lines are never turned; not for a line that may have been taken to fit
+// unseen by a smaller limit.
+bool IsWithinLimit(const CEditorLineMetrics& metrics, const CPhysicalLine& line, int length);
 
 // ---- Why a physical line ends where it does
 
@@ -68,7 +79,9 @@ struct LineBreak {
 // The break behind the physical line that begins at start.
 LineBreak FindBreak(const CEditorLineMetrics& metrics, const LineView& line, int start);
 
-// The width in columns of a text that begins in column 0.
+// The width of a text that begins in column 0, in columns and in pixels; those are 0 where the font
+// is not measured.
 int CountColumns(const CEditorLineMetrics& metrics, std::string_view text);
+int CountPixels(CEditorLineFontMetrics& metrics, std::string_view text);
 
 }  // namespace lumr

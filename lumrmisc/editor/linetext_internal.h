@@ -63,6 +63,7 @@ class ByteText {
     if (!page_.IsPair(text_, pos)) return static_cast<EditorCharacter>(byte);
     return static_cast<EditorCharacter>(byte << 8 | static_cast<unsigned char>(text_[pos + 1]));
   }
+  bool IsTab(std::size_t pos) const { return text_[pos] == '\t'; }
   int CharColumns(std::size_t pos) const { return static_cast<int>(CharLength(pos)); }
 
   // Goes on from a place until the next character would pass the limit, or the text ends. Only
@@ -87,10 +88,11 @@ class ByteText {
     return place;
   }
 
-  // Whether the text before pos ends in a whole character, whatever follows.
-  bool IsWholeBefore(std::size_t pos) const {
-    return pos == 0 || !page_.IsLead(text_[pos - 1]) || page_.IsTrailInContext(text_, pos - 1);
-  }
+  // The end of what reads as it does however the text grows; border is a place near the end at
+  // which a character begins. What is left is one character at most.
+  std::size_t SettledEnd(std::size_t border) const { return SettledSize(page_, text_, border); }
+  // Whether more text may make another character of the one at pos, which is a border.
+  bool IsOpen(std::size_t pos) const { return pos + 1 == text_.size() && page_.IsLead(text_[pos]); }
 
   ByteText First(std::size_t size) const { return {page_, text_.substr(0, size)}; }
 
@@ -138,6 +140,7 @@ class UnitText {
     if (text_.size() - pos < 2) return static_cast<unsigned char>(text_[pos]);
     return LoadUnit(text_.data() + pos);
   }
+  bool IsTab(std::size_t pos) const { return text_.size() - pos >= 2 && At(pos) == u'\t'; }
   int CharColumns(std::size_t pos) const { return IsPair(pos) || wide_.Contains(At(pos)) ? 2 : 1; }
 
   ColumnPlace Advance(ColumnPlace place, long long limit, int tabColumn) const {
@@ -158,8 +161,13 @@ class UnitText {
     return place;
   }
 
-  bool IsWholeBefore(std::size_t pos) const {
-    return !keepsPairs_ || pos < 2 || (At(pos - 2) & 0xFC00) != 0xD800;
+  std::size_t SettledEnd(std::size_t) const {
+    const std::size_t even = text_.size() & ~std::size_t{1};
+    return even >= 2 && IsOpen(even - 2) ? even - 2 : even;
+  }
+  bool IsOpen(std::size_t pos) const {
+    const std::size_t rest = text_.size() - pos;
+    return rest < 2 || (keepsPairs_ && rest < 4 && (At(pos) & 0xFC00) == 0xD800);
   }
 
   UnitText First(std::size_t size) const { return {text_.substr(0, size), keepsPairs_}; }

@@ -16,40 +16,45 @@ std::size_t RunEnd(const Text& text, std::size_t pos, const CharacterList& list)
   return pos;
 }
 
-// Where the next run of quote characters begins; Size() when too much stands before it. A byte is
-// a column in byte text, so one rule in columns serves both.
+// Goes on with a search up to the end of the text, or before a character that is still open.
 template <typename Text>
-std::size_t NextQuote(const CEditorLineMetrics& metrics, const Text& text, std::size_t pos) {
+void Search(const CEditorLineMetrics& metrics, const Text& text, bool final, QuoteScan& scan) {
   const bool anything = metrics.QuoteLen() > 0;
   const long long limit = anything ? metrics.QuoteLen() : kMaxIndent;
-  long long columns = 0;
-  for (; pos < text.Size(); pos += text.CharLength(pos)) {
-    const EditorCharacter character = text.At(pos);
-    const bool skipped = anything ? !metrics.QuoteList().Contains(character)
-                                  : metrics.IndentList().Contains(character);
-    if (!skipped) return pos;
-    columns += text.CharColumns(pos);
-    if (columns > limit) return text.Size();
-  }
-  return pos;
-}
-
-template <typename Text>
-std::size_t PrefixLength(const CEditorLineMetrics& metrics, const Text& text) {
-  std::size_t prefix = 0;
-  for (;;) {
-    const std::size_t begin = NextQuote(metrics, text, prefix);
-    const std::size_t end = RunEnd(text, begin, metrics.QuoteList());
-    if (end == begin) return prefix;
-    prefix = end;
+  while (!scan.ended && scan.pos < text.Size() && (final || !text.IsOpen(scan.pos))) {
+    const EditorCharacter character = text.At(scan.pos);
+    const bool quotes = metrics.QuoteList().Contains(character);
+    // What is on both lists goes on with a run, and is an indent before one.
+    const bool indents = !scan.inRun && metrics.IndentList().Contains(character);
+    if (quotes && (anything || !indents)) {
+      scan.pos += text.CharLength(scan.pos);
+      scan.prefix = scan.pos;
+      scan.columns = 0;
+      scan.inRun = true;
+      continue;
+    }
+    // A byte is a column in byte text, so one rule in columns serves both.
+    scan.inRun = false;
+    const bool skipped = anything || metrics.IndentList().Contains(character);
+    scan.columns += text.CharColumns(scan.pos);
+    scan.ended = !skipped || scan.columns > limit;
+    if (!scan.ended) scan.pos += text.CharLength(scan.pos);
   }
 }
 
 }  // namespace
 
 int QuotePrefixLength(const CEditorLineMetrics& metrics, std::string_view line) {
+  QuoteScan scan;
+  return QuotePrefixLength(metrics, line, scan);
+}
+
+int QuotePrefixLength(const CEditorLineMetrics& metrics, std::string_view line, QuoteScan& scan) {
   return WithLineText(metrics.Page(), line, [&](const auto& text) {
-    return static_cast<int>(PrefixLength(metrics, text));
+    Search(metrics, text, false, scan);
+    QuoteScan last = scan;
+    Search(metrics, text, true, last);
+    return static_cast<int>(last.prefix);
   });
 }
 

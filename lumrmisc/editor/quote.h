@@ -1,6 +1,7 @@
 // Quoted lines and indents.
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 
 #include "lumrmisc/editor/linemetrics.h"
@@ -12,6 +13,18 @@ namespace lumr {
 // else before it: "> > text", "ABC> text". With QuoteLen 0 or less only an indent of at most 4
 // bytes or columns may stand there.
 int QuotePrefixLength(const CEditorLineMetrics& metrics, std::string_view line);
+
+// Where the search for the prefix of a line stands that may grow.
+struct QuoteScan {
+  std::size_t pos = 0;     // read up to there; more text does not change what stands before
+  std::size_t prefix = 0;  // the length of the prefix before pos
+  long long columns = 0;   // of what stands behind the prefix
+  bool inRun = false;      // of quote characters
+  bool ended = false;      // nothing further belongs to the prefix
+};
+// The same for a line that grew at its end since scan was left by a call, or for a new scan. Takes
+// time by what was added.
+int QuotePrefixLength(const CEditorLineMetrics& metrics, std::string_view line, QuoteScan& scan);
 
 // How deep a line with this prefix is quoted: the number of its QuoteList characters. The colour
 // of depth n is QuotedTextColor(n - 1), the last one from depth 4 on.

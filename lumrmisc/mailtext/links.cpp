@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "lumrmisc/buffer/ascii.h"
+#include "lumrmisc/buffer/characterborders_internal.h"
 #include "lumrmisc/buffer/chartype.h"
 #include "lumrmisc/buffer/counted.h"
 #include "lumrmisc/charset/editpage.h"
@@ -47,28 +48,29 @@ constexpr Scheme kSchemes[] = {
     {kMailto, "mailto"}, {kHttp, "http"}, {kHttps, "https"},
     {kFtp, "ftp"},       {kFile, "file"}, {kGopher, "gopher"},
 };
-constexpr std::size_t kLongestScheme = 6;
 
 bool IsPathKind(int kind) {
   return kind == kFile || kind == kDrive || kind == kNetwork;
 }
 
 // How a scan reads its text. Places are bytes. Only letters and some signs may be the second byte
-// of a character, never one of :"<>/?# or a digit, so that only those have to be asked.
+// of a character, never one of :"<>/?# or a digit, so that only those have to be asked. border is
+// a place at which a character begins: what stands behind it is read from there.
 class NarrowText {
  public:
   using Unit = unsigned char;
 
-  NarrowText(std::string_view text, const MbcsPage& page) : text_(text), page_(page) {}
+  NarrowText(std::string_view text, const MbcsPage& page, std::size_t border = 0)
+      : text_(text), page_(page), border_(border) {}
 
   std::string_view Bytes() const { return text_; }
-  bool IsBorder(std::size_t pos) const { return !page_.IsTrailInContext(text_, pos); }
+  bool IsBorder(std::size_t pos) const {
+    const std::size_t from = pos < border_ ? 0 : border_;
+    return !page_.IsTrailInContext(text_.substr(from), pos - from);
+  }
   std::size_t CharSize(std::size_t pos) const { return page_.CharLength(text_, pos); }
   // More text may make another character of the last byte.
-  std::size_t SettledEnd() const {
-    const bool open = !text_.empty() && page_.IsLead(text_.back()) && IsBorder(text_.size() - 1);
-    return text_.size() - (open ? 1 : 0);
-  }
+  std::size_t SettledEnd() const { return SettledSize(page_, text_, border_); }
 
   bool IsFullSpaceAt(std::size_t pos) const {
     return page_.IsPair(text_, pos) && IsFullSpace(CharAt(pos), page_.CodePage());
@@ -86,6 +88,7 @@ class NarrowText {
 
   std::string_view text_;
   const MbcsPage& page_;
+  std::size_t border_;
 };
 
 class WideText {
@@ -128,11 +131,18 @@ class Scanner {
         continue;
       }
       const bool found = FindBeginning();
+      // Inside an address no URL begins, also when its mark was judged after the address.
+      if (found && state_.ahead.start < state_.addressEnd) {
+        RestartUrls(state_.addressEnd);
+        continue;
+      }
       std::size_t start = 0;
       std::size_t end = 0;
-      if (TakeAddress(found ? state_.ahead.start : JudgedEnd(), start, end)) {
+      // Behind the beginning of a URL that is not known yet there are letters and its mark alone,
+      // so that an "@" stands before it.
+      if (TakeAddress(found ? state_.ahead.start : size_, start, end)) {
         links.push_back(Range(start, end, kLinkMail));
-        if (found && state_.ahead.start < end) RestartUrls(end);
+        state_.addressEnd = end;
         continue;
       }
       if (!found) return;
@@ -192,12 +202,6 @@ class Scanner {
   void RestartAll(std::size_t pos) {
     RestartUrls(pos);
     GoOnWithMail(pos);
-  }
-
-  // No URL begins before this that is not known.
-  std::size_t JudgedEnd() const {
-    if (final_) return size_;
-    return state_.urlPos - std::min(kLongestScheme * kSize, state_.urlPos);
   }
 
   // Whether a link may begin here: on the border of a character, and with no letter or digit
@@ -433,6 +437,7 @@ std::string_view WideBytes(const void* text, int lengthInBytes) {
 template <typename Text>
 void Scan(const Text& text, bool final, LinkScanState& state, std::vector<LinkRange>& links) {
   Scanner<Text>(text, state, final).TakeAll(links);
+  if (!final) state.border = text.SettledEnd();
 }
 
 void Scan(CodeType codeType, std::string_view text, bool final, LinkScanState& state,
@@ -440,7 +445,7 @@ void Scan(CodeType codeType, std::string_view text, bool final, LinkScanState& s
   if (IsCodeTypeUnicode(codeType)) {
     Scan(WideText(text), final, state, links);
   } else {
-    Scan(NarrowText(text, EditPageOf(codeType)), final, state, links);
+    Scan(NarrowText(text, EditPageOf(codeType), state.border), final, state, links);
   }
 }
 

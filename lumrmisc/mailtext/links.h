@@ -75,6 +75,7 @@ struct LinkScanState {
   };
   enum class MailPart { kLocal, kDomain, kTail };
 
+  std::size_t border = 0;       // a character begins there, near the end of what was read
   std::size_t searchStart = 0;  // where this search for a URL began
   std::size_t urlPos = 0;       // the beginnings before it are judged
   unsigned givenUp = 0;         // a bit for each scheme that this search gave up
@@ -87,6 +88,7 @@ struct LinkScanState {
   std::size_t mailPos = 0;    // read up to there
   std::size_t mailStart = 0;  // of an address that its "@" was found of
   std::size_t mailAt = 0;
+  std::size_t addressEnd = 0;  // of the last one that was taken
 };
 
 // Finds all links of a text: each URL search begins behind the URL before, each address search

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "lumrmisc/editor/editorwnd.h"
 #include "lumrmisc/editor/layout.h"
 #include "lumrmisc/editor/quote.h"
+#include "tests/editor/font_window.h"
 
 namespace lumr::documentmodel {
 
@@ -88,7 +90,7 @@ class Model {
 };
 
 // A line laid out anew, by the same parameters.
-inline std::string DifferingLine(const CEditorWnd& editor, const CEditorLineMetrics& metrics,
+inline std::string DifferingLine(const CEditorWnd& editor, CEditorLineFontMetrics& metrics,
                                  const CLLineData& line) {
   CLLineData fresh;
   fresh.SetText(line.Text());
@@ -101,15 +103,17 @@ inline std::string DifferingLine(const CEditorWnd& editor, const CEditorLineMetr
 
   const auto found = line.UrlRanges();
   if (!std::equal(found.begin(), found.end(), links.begin(), links.end())) return "links";
-  if (editor.GetQuoteLength(&line, prefix) != prefix) return "quote prefix";
+  const int indent =
+      IndentRunLength(metrics, fresh.Text().substr(static_cast<std::size_t>(prefix)));
+  const int repeated = prefix > 0 ? prefix + indent : 0;
+  if (editor.GetQuoteLength(&line, line.Length()) != repeated) return "quote prefix";
   if ((line.GetQuoteIndex() >= 0) != (prefix > 0)) return "quote index";
   const auto a = line.PhysicalLines().Items();
   const auto b = fresh.PhysicalLines().Items();
   const auto same = [](const CPhysicalLine& x, const CPhysicalLine& y) {
     return x.start == y.start && x.columns == y.columns && x.pixels == y.pixels;
   };
-  if (!std::equal(a.begin(), a.end(), b.begin(), b.end(), same)) return "layout";
-  return {};
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), same) ? "" : "layout";
 }
 
 // The places of a line: there and back.
@@ -135,8 +139,11 @@ inline std::string DifferingPlaces(const CEditorWnd& editor, int index, long lon
 inline std::string Differs(const CEditorWnd& editor, const Model& model) {
   if (editor.GetLineCount() != static_cast<int>(model.lines.size())) return "line count";
   if (editor.GetHeaderLineCount() != static_cast<int>(model.headers)) return "header count";
-  CEditorLineMetrics metrics;
-  editor.SetLineMetrics(metrics, 0);
+  CEditorLineFontMetrics metrics;
+  editor.SetLineFontMetrics(metrics, 0);
+  std::map<std::string_view, int> prefixes;
+  std::map<int, std::string_view> indices;
+  int widest = 0;
   long long bytes = 0;
   int physicalLines = 0;
   std::string shown;
@@ -146,6 +153,14 @@ inline std::string Differs(const CEditorWnd& editor, const Model& model) {
     if (line.Text() != model.lines[static_cast<std::size_t>(i)]) return "text" + number;
     if (const std::string what = DifferingLine(editor, metrics, line); !what.empty()) {
       return what + number;
+    }
+    if (const int index = line.GetQuoteIndex(); index >= 0) {
+      const int length = QuotePrefixLength(metrics, line.Text());
+      const std::string_view prefix = line.Text().substr(0, static_cast<std::size_t>(length));
+      const bool same = prefixes.emplace(prefix, index).first->second == index;
+      if (!same || indices.emplace(index, prefix).first->second != prefix) {
+        return "shared quote prefix" + number;
+      }
     }
     if (editor.GetSerialLineP(i, 0) != physicalLines) return "serial line" + number;
     if (i == editor.GetHeaderLineCount() && editor.GetHeaderLineP() != physicalLines) {
@@ -159,11 +174,13 @@ inline std::string Differs(const CEditorWnd& editor, const Model& model) {
       const auto start = static_cast<std::size_t>(line.PhysicalLines()[k].start);
       const auto size = static_cast<std::size_t>(editor.GetLineByteCountP(i, k));
       shown += line.Text().substr(start, size);
+      widest = std::max(widest, line.PhysicalLines()[k].pixels);
       if (i < editor.GetHeaderLineCount()) shown.clear();
     }
     physicalLines += editor.GetLineCountP(i);
     bytes += line.Length();
   }
+  if (editor.GetWidest() != widest) return "widest line";
   for (const bool toNextLine : {false, true}) {
     for (long long index = 0; index <= bytes + 2; index += 1 + index / 16) {
       CTextPos pos, wanted;
@@ -192,20 +209,38 @@ inline std::string Differs(const CEditorWnd& editor, const Model& model) {
 
 // An editor and its model, driven by numbers.
 class Driver {
+ private:
+  // Lists with halves of characters, with what other lists have, and with what links are of.
+  static std::string_view List(int number) {
+    static constexpr std::string_view kLists[] = {
+        ">",           " \t\x81\x40",         "\x81",   "",          "\x81\x41\x81\x42.)",
+        "a> \x81\xa0", {"\0\x82\xa0\x82", 4}, "h:/@\\", "\x81\x69(", "a>\x81\x84|",
+    };
+    return kLists[static_cast<unsigned>(number) % std::size(kLists)];
+  }
+
+  testing::FontWindow::State window_;
+
  public:
+  // Headless, or in a window with a font.
+  explicit Driver(bool withFont = false) {
+    testing::FontWindow parent(window_);
+    if (withFont) editor.CreateEditorWnd(0, 0, {}, &parent, 0, CEditorMetrics(), CEditorColor());
+  }
+
   // One operation, chosen by op; the text and the number are its arguments where it has any.
   void Do(unsigned op, std::string_view text, int number) {
     const int size = static_cast<int>(text.size());
-    switch (op % 8) {
-      case 0: {
-        static constexpr CodeType kTypes[] = {CT_SJIS, CT_UTF8, CT_WIN1252};
-        const CodeType type = kTypes[static_cast<unsigned>(number) % 3];
+    static constexpr CodeType kTypes[] = {CT_SJIS, CT_UTF8, CT_WIN1252, CT_BIG5};
+    const CodeType type = kTypes[static_cast<unsigned>(number) % std::size(kTypes)];
+    CEditorMetrics metrics = editor.GetEditorMetrics();
+    switch (op % 10) {
+      case 0:
         editor.SetDocument(type, text.data(), size);
         model = {};
         model.codeType = type;
         model.Append(text, {});
         break;
-      }
       case 1:
       case 2:
       case 3: {
@@ -223,8 +258,7 @@ class Driver {
         editor.RemoveHeaderText();
         model.RemoveHeader();
         break;
-      case 6: {
-        CEditorMetrics metrics = editor.GetEditorMetrics();
+      case 6:
         metrics.AutoTurn = number % 3;
         metrics.TurnCols = 1 + number % 40;
         metrics.NoTurnURL = number / 2 % 2;
@@ -232,14 +266,22 @@ class Driver {
         metrics.QuoteLen = number / 8 % 10;
         editor.ChangeEditorMetrics(metrics);
         break;
-      }
-      default:
-        // Two byte code types: the bytes stay, and mean other characters.
-        if (!model.IsWide()) {
-          model.codeType = number % 2 == 0 ? CT_SJIS : CT_BIG5;
-          editor.SetCodeType(model.codeType);
-        }
+      case 7:  // the bytes stay, and mean other characters
+        model.codeType = type;
+        editor.SetCodeType(type);
+        break;
+      case 8:
+        window_.width = number % 5 == 0 ? number % 10 : number * 8;
         editor.UpdateAutoTurn();
+        break;
+      default:
+        metrics.QuoteList = List(number);
+        metrics.IndentList = List(number / 2);
+        metrics.Head2Prev = List(number / 3);
+        metrics.Tail2Next = List(number / 5);
+        metrics.QuoteLen = number % 7 == 0 ? 1 << 30 : number % 9 - 1;
+        metrics.TabColumn = 1 + number % 9;
+        editor.ChangeEditorMetrics(metrics);
     }
   }
 

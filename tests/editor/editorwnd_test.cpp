@@ -5,6 +5,8 @@
 
 #include <functional>
 
+#include "editor/text.h"
+
 namespace lumr {
 namespace {
 
@@ -16,14 +18,10 @@ class RecordingWindow : public HeadlessWindow {
     CRect area;
     bool focus = false;
     int contexts = 0;  // taken and not yet released
-    bool alive = false;
   };
 
-  explicit RecordingWindow(Record& record) : record_(record) { record_.alive = true; }
-  ~RecordingWindow() override {
-    EXPECT_EQ(record_.contexts, 0);
-    record_.alive = false;
-  }
+  explicit RecordingWindow(Record& record) : record_(record) {}
+  ~RecordingWindow() override { EXPECT_EQ(record_.contexts, 0); }
 
   std::unique_ptr<CWnd> CreateChild(std::uint32_t style, std::uint32_t exStyle, const CRect& rect,
                                     unsigned id) override {
@@ -74,10 +72,6 @@ struct Step {
   std::string_view log;
 };
 
-void Append(CEditorWnd& editor, std::string_view text) {
-  editor.AppendText(text.data(), static_cast<int>(text.size()), 0);
-}
-
 template <typename Change>
 std::function<void(CEditorWnd&)> Metrics(int changes, Change change) {
   return [=](CEditorWnd& editor) {
@@ -105,7 +99,7 @@ TEST(CEditorWnd, AsksItsWindowInOrder) {
        "caret to 0 0\nfont 1 9\nacross 1 20 0\ndown 2 5 0\npaint all\nnotified 2\n"},
       {"SetDocument", [](CEditorWnd& e) { e.SetDocument(CT_SJIS, "abc\n\n\n", 6); },
        "caret to 0 0\nfont 128 9\nacross 3 20 0\ndown 4 5 0\npaint all\nnotified 2\n"},
-      {"AppendText", [](CEditorWnd& e) { Append(e, "0123456789 123456789 123"); },
+      {"AppendText", [](CEditorWnd& e) { testing::Append(e, "0123456789 123456789 123"); },
        "across 21 20 0\ndown 5 5 0\npaint all\nnotified 2\n"},
       {"same colours",
        [](CEditorWnd& e) { EXPECT_EQ(e.ChangeEditorColors(e.GetEditorColors()), 0); }, ""},
@@ -164,6 +158,11 @@ TEST(CEditorWnd, AsksItsWindowInOrder) {
       {"header removed", [](CEditorWnd& e) { e.RemoveHeaderText(); },
        "across 21 20 0\ndown 5 3 3\npaint all\ncaret to 0 60\nnotified 2\n"},
       {"no header", [](CEditorWnd& e) { e.RemoveHeaderText(); }, ""},
+      {"header wider than any line",
+       [](CEditorWnd& e) { e.InsertHeaderText("01234567890123456789\x81\x42", 22); },
+       "across 22 20 0\ndown 6 3 3\npaint all\ncaret to 0 90\nnotified 2\n"},
+      {"wide header removed", [](CEditorWnd& e) { e.RemoveHeaderText(); },
+       "across 21 20 0\ndown 5 3 3\npaint all\ncaret to 0 60\nnotified 2\n"},
       {"wide header", [](CEditorWnd& e) { e.InsertHeaderText("01234567890123456789.", 21); },
        "down 6 3 3\npaint all\ncaret to 0 90\nnotified 2\n"},
       {"code type", [](CEditorWnd& e) { e.SetCodeType(CT_BIG5); },
@@ -196,6 +195,12 @@ TEST(CEditorWnd, TurnsAtTheWidthOfItsWindow) {
   record.area.right = 40;
   EXPECT_EQ(editor.UpdateAutoTurn(), 1);
   EXPECT_EQ(editor.GetLineCountP(0), 3);
+  EXPECT_EQ(editor.GetSerialLineP(1, 0), 3);
+  record.area.right = 0;  // iconic: nothing is measured
+  EXPECT_EQ(editor.UpdateAutoTurn(), 1);
+  EXPECT_EQ(editor.GetLineCountP(0), 1);
+  record.area.right = 40;
+  EXPECT_EQ(editor.UpdateAutoTurn(), 1);
   EXPECT_EQ(editor.GetSerialLineP(1, 0), 3);
 }
 

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "lumrmisc/charset/convert.h"
+#include "lumrmisc/editor/editorwnd.h"
 #include "lumrmisc/editor/linemetrics.h"
 
 namespace lumr::testing {
@@ -27,6 +28,10 @@ inline void Fill(CEditorLineMetrics& line, CEditorMetrics metrics, CodeType code
                  int limit, int noPixels = 0) {
   metrics.ChangeCodePage(codeType);
   line.SetLineMetrics(metrics, codeType, turnMode, limit, noPixels);
+}
+
+inline void Append(CEditorWnd& editor, std::string_view text, int quote = 0) {
+  editor.AppendText(text.data(), static_cast<int>(text.size()), quote);
 }
 
 }  // namespace lumr::testing

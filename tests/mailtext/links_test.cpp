@@ -225,9 +225,10 @@ namespace {
 
 std::string RandomText(std::mt19937& random, CodeType codeType, int pieces) {
   static constexpr std::string_view kPieces[] = {
-      "http:", "https:", "mailto:", "ftp:", "FILE:", "gopher:", "C:\\", "\\\\",       "\\",
-      "<",     ">",      "\"",      "@",    ".",     "?",       "/",    ":",          " ",
-      "a",     "b@c.d",  "x1",      "-",    "\n",    "\t",      "a@b",  "http://a/b", "\\\\a\\b"};
+      "http:", "https:", "mailto:", "ftp:", "FILE:",      "gopher:",  "C:\\",
+      "\\\\",  "\\",     "<",       ">",    "\"",         "@",        ".",
+      "?",     "/",      ":",       " ",    "a",          "b@c.d",    "x1",
+      "-",     "\n",     "\t",      "a@b",  "http://a/b", "\\\\a\\b", "x.y@host.o:\\"};
   static constexpr std::u16string_view kWide = u"日本　　表ソäн\u00A0\u2028\xD83D";
   std::string text;
   for (int i = 0; i < pieces; ++i) {
@@ -242,7 +243,9 @@ std::string RandomText(std::mt19937& random, CodeType codeType, int pieces) {
                                   kWide[random() % kWide.size()], false);
       const char byte = static_cast<char>(0x80 + random() % 0x80);
       if (unit > 0xFF) text += static_cast<char>(unit >> 8);
-      text += unit > 0 ? static_cast<char>(unit) : byte;
+      // Runs of bytes that are lead and trail byte at once.
+      text +=
+          unit > 0 ? std::string(1, static_cast<char>(unit)) : std::string(1 + random() % 5, byte);
     }
   }
   return text;
