@@ -167,12 +167,6 @@ bool IsAddressLiteral(std::u16string_view host) {
          });
 }
 
-int HexDigit(char16_t unit) {
-  if (IsAsciiDigit(unit)) return unit - u'0';
-  const char16_t lower = UnitAsciiLower(unit);
-  return lower >= u'a' && lower <= u'f' ? lower - u'a' + 10 : -1;
-}
-
 // Appends the character that a run of percent escapes gives in UTF-8; false for anything else.
 bool AppendPercentEscapes(std::u16string_view text, std::size_t& pos, CStringW& out) {
   std::uint32_t point = 0;
@@ -305,6 +299,17 @@ bool IsSameOrInside(std::u16string_view host, std::u16string_view domain) {
                             host[host.size() - domain.size() - 1] == u'.');
 }
 
+// Whether a test holds for one of the hosts of a link.
+template <class Test>
+bool AnyHost(std::u16string_view hosts, Test holds) {
+  while (!hosts.empty()) {
+    const std::size_t end = std::min(hosts.find(kHostSeparator), hosts.size());
+    if (holds(hosts.substr(0, end))) return true;
+    hosts.remove_prefix(std::min(end + kHostSeparator.size(), hosts.size()));
+  }
+  return false;
+}
+
 // The host that a word of running text names; empty when there is none.
 CStringW HostInWord(std::u16string_view word) {
   const std::size_t scheme = word.find(u"://");
@@ -370,7 +375,17 @@ bool HostMixesScripts(std::u16string_view plainHost) {
   return mixes;
 }
 
-bool NamesAnotherHost(std::u16string_view text, std::u16string_view asciiHost) {
+int HexDigit(char16_t unit) {
+  if (IsAsciiDigit(unit)) return unit - u'0';
+  const char16_t lower = UnitAsciiLower(unit);
+  return lower >= u'a' && lower <= u'f' ? lower - u'a' + 10 : -1;
+}
+
+bool IsLinkHost(std::u16string_view hosts, std::u16string_view host) {
+  return AnyHost(hosts, [host](std::u16string_view one) { return one == host; });
+}
+
+bool NamesAnotherHost(std::u16string_view text, std::u16string_view hosts) {
   for (std::size_t pos = 0; pos < text.size();) {
     std::size_t end = pos;
     // A colon of "http://" is no edge.
@@ -381,7 +396,8 @@ bool NamesAnotherHost(std::u16string_view text, std::u16string_view asciiHost) {
     }
     CStringW host = AsciiHost(HostInWord(text.substr(pos, end - pos)));
     if (host.starts_with(u"www.")) host.erase(0, 4);
-    if (!host.empty() && !IsSameOrInside(asciiHost, host)) return true;
+    const auto isElsewhere = [&](std::u16string_view one) { return !IsSameOrInside(one, host); };
+    if (!host.empty() && AnyHost(hosts, isElsewhere)) return true;
     pos = end;
   }
   return false;

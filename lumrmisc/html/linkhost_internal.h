@@ -18,8 +18,18 @@ CStringW AsciiHost(std::u16string_view plainHost);
 // has any of them beside East Asian ones where they are not Latin.
 bool HostMixesScripts(std::u16string_view plainHost);
 
-// Whether text names a host, or a mail address at a host, that is not asciiHost nor a domain that
-// contains it ("example.com" names "mail.example.com" too; a leading "www." is of no account).
-bool NamesAnotherHost(std::u16string_view text, std::u16string_view asciiHost);
+// Between the hosts of a link that has several.
+inline constexpr std::u16string_view kHostSeparator = u", ";
+
+// Whether a host is one of a link's.
+bool IsLinkHost(std::u16string_view hosts, std::u16string_view host);
+
+// Whether text names a host, or a mail address at a host, that is not every one of the link's hosts
+// nor a domain that contains it ("example.com" names "mail.example.com" too; a leading "www." is of
+// no account).
+bool NamesAnotherHost(std::u16string_view text, std::u16string_view hosts);
+
+// The value of a hexadecimal digit, or -1.
+int HexDigit(char16_t unit);
 
 }  // namespace lumr

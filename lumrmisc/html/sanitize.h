@@ -10,9 +10,10 @@
 //   elements, comments and event attributes are gone. Text that a reader would have seen stays:
 //   of a form or an unknown element only the tags go.
 // - Links keep http, https, ftp, mailto and tel addresses, and targets within the page. Each
-//   shows its address as its title, the host in ASCII (RFC 3492), and has rel="noopener
-//   noreferrer". User names and passwords in addresses are taken out, and so are the fields of
-//   mailto: addresses that could do more than begin a message ("attach").
+//   shows its address as its title, the host in ASCII (RFC 3492), recipients of mail without
+//   escapes, and has rel="noopener noreferrer". User names and passwords in addresses are taken
+//   out, and so are the fields of mailto: addresses that could do more than begin a message
+//   ("attach").
 // - Images keep cid: addresses and data: addresses of raster images in Base64, as the options say.
 //   Remote images lose their address unless the caller allows them.
 // - style attributes are read as declarations and written back from a list: no url(), no escapes,
@@ -81,12 +82,13 @@ struct SafeHtmlLink {
   // reduced to single blanks.
   CStringW text;
   CStringW address;  // as it is written out
-  // The host in lower case and ASCII, without user, port and trailing dots; of a mailto: address
-  // its domain. Empty for other addresses.
+  // The host in lower case and ASCII, without user, port and trailing dots. Of a mailto: address
+  // the domains of all recipients (to, cc and bcc), each once, with ", " between them; "?" stands
+  // for what can be no domain, "…" for the 17th and all that follow. Empty for other addresses.
   CStringW host;
   std::size_t offset = 0;  // of the tag, in UTF-16 units of the source
   // The text names a host, or holds a mail address, of somebody else: neither host nor a domain
-  // that host lies in.
+  // that host lies in; of several hosts, for one of them.
   bool namesAnotherHost = false;
   bool hadUserInfo = false;   // "https://bank.example@other.example/"
   bool mixesScripts = false;  // a label of the host mixes letters of scripts that look alike

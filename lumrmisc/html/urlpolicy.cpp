@@ -172,16 +172,92 @@ bool HasEscapedLineEnd(std::u16string_view text) {
   return false;
 }
 
+std::u16string_view FieldName(std::u16string_view field) {
+  return field.substr(0, FindUnit(field, 0, u'='));
+}
+
 // Line ends are for the body only, elsewhere they would begin a field (RFC 6068, 5).
 bool IsMailField(std::u16string_view field) {
-  const std::u16string_view name = field.substr(0, FindUnit(field, 0, u'='));
+  const std::u16string_view name = FieldName(field);
   return std::any_of(std::begin(kMailFields), std::end(kMailFields),
                      [&](std::string_view known) { return EqualsNoCase(name, known); }) &&
          (EqualsNoCase(name, "body") || !HasEscapedLineEnd(field));
 }
 
+// A list of recipients with the escapes of ASCII characters undone, but for those by which an
+// address is taken apart.
+CStringW PlainRecipients(std::u16string_view list) {
+  CStringW plain;
+  plain.reserve(list.size());
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    const int high = i + 2 < list.size() && list[i] == u'%' ? HexDigit(list[i + 1]) : -1;
+    const int low = high < 0 ? -1 : HexDigit(list[i + 2]);
+    const auto unit = static_cast<char16_t>(low < 0 ? 0 : high * 16 + low);
+    const bool isKept = unit < u' ' || unit >= 0x7F ||
+                        std::u16string_view(u"%&?#=").find(unit) != std::u16string_view::npos;
+    plain += isKept ? list[i] : unit;
+    if (!isKept) i += 2;
+  }
+  return plain;
+}
+
+// Whom the message of a mailto: address goes to.
+class MailRecipients {
+ public:
+  explicit MailRecipients(LinkAddress& link) : link_(link) {}
+
+  // Appends a list to the title, and its domains to the hosts. Some programs divide at ";" too.
+  void Add(std::u16string_view list) {
+    const CStringW plain = PlainRecipients(list);
+    const std::u16string_view text = plain;
+    for (std::size_t pos = 0; pos < text.size();) {
+      const std::size_t end = FindUnit(text, pos, u',', u';');
+      AddOne(text.substr(pos, end - pos));
+      link_.title += text.substr(end, 1);
+      pos = end + 1;
+    }
+  }
+
+ private:
+  // "a@b", "Name <a@b>"
+  void AddOne(std::u16string_view recipient) {
+    const std::size_t begin = recipient.rfind(u'@') + 1;  // npos + 1 is 0
+    AppendRest(recipient.substr(0, begin), false, link_.title);
+    recipient.remove_prefix(begin);
+    const std::size_t end = begin == 0 ? 0 : FindUnit(recipient, 0, u'>', u' ', u')');
+    const CStringW host = PlainHost(recipient.substr(0, end));
+    if (host.empty()) {
+      if (begin != 0) AddHost(u"?");
+      return AppendRest(recipient, false, link_.title);
+    }
+    const CStringW ascii = AsciiHost(host);
+    AddHost(ascii);
+    link_.mixesScripts = link_.mixesScripts || HostMixesScripts(host);
+    link_.title += ascii;
+    AppendRest(recipient.substr(end), false, link_.title);
+  }
+
+  void AddHost(std::u16string_view host) {
+    constexpr std::size_t kMost = 16;
+    if (count_ > kMost || IsLinkHost(link_.host, host)) return;
+    if (count_ > 0) link_.host += kHostSeparator;
+    link_.host += ++count_ > kMost ? std::u16string_view(u"…") : host;
+  }
+
+  LinkAddress& link_;
+  std::size_t count_ = 0;  // of hosts
+};
+
+// The fields in which recipients stand.
+constexpr std::string_view kRecipientFields[] = {"bcc", "cc", "to"};
+
+bool IsRecipientField(std::u16string_view name) {
+  return std::any_of(std::begin(kRecipientFields), std::end(kRecipientFields),
+                     [&](std::string_view known) { return EqualsNoCase(name, known); });
+}
+
 // fields: what stands behind the "?".
-void AppendMailFields(std::u16string_view fields, LinkAddress& link) {
+void AppendMailFields(std::u16string_view fields, MailRecipients& recipients, LinkAddress& link) {
   char16_t sign = u'?';
   while (!fields.empty()) {
     const std::size_t end = FindUnit(fields, 0, u'&');
@@ -189,8 +265,13 @@ void AppendMailFields(std::u16string_view fields, LinkAddress& link) {
     fields.remove_prefix(std::min(end + 1, fields.size()));
     if (IsMailField(field)) {
       link.address += sign;
+      link.title += sign;
       AppendRest(field, false, link.address);
       sign = u'&';
+      const std::u16string_view name = FieldName(field);
+      const std::size_t value = IsRecipientField(name) ? name.size() + 1 : field.size();
+      AppendRest(field.substr(0, value), false, link.title);
+      if (value < field.size()) recipients.Add(field.substr(value));
     } else if (!field.empty()) {
       link.lostFields = true;
     }
@@ -202,18 +283,11 @@ LinkAddress ReadMailAddress(const SchemeRow& scheme, std::u16string_view rest) {
   const std::u16string_view address = rest.substr(0, FindUnit(rest, 0, u'?'));
   if (HasEscapedLineEnd(address)) return link;
   AppendScheme(scheme, link.address);
-  AppendRest(address, false, link.address);
-  AppendMailFields(rest.substr(std::min(address.size() + 1, rest.size())), link);
   link.title = link.address;
-  // The "@" may be escaped; npos + 1 is 0.
-  const std::size_t escaped = address.rfind(u"%40");
-  const std::size_t host =
-      std::max(address.rfind(u'@') + 1, escaped == std::u16string_view::npos ? 0 : escaped + 3);
-  if (host > 0) {
-    const CStringW plain = PlainHost(address.substr(host));
-    link.host = AsciiHost(plain);
-    link.mixesScripts = HostMixesScripts(plain);
-  }
+  AppendRest(address, false, link.address);
+  MailRecipients recipients(link);
+  recipients.Add(address);
+  AppendMailFields(rest.substr(std::min(address.size() + 1, rest.size())), recipients, link);
   return link;
 }
 

@@ -15,7 +15,7 @@ CStringW SafeName(std::u16string_view name);
 
 struct LinkAddress {
   CStringW address;  // as it is written out; empty when the address is not allowed
-  CStringW title;    // the same with its host in ASCII
+  CStringW title;    // the same with its host in ASCII, and recipients readable
   CStringW host;     // ASCII, see SafeHtmlLink
   bool hadUserInfo = false;
   bool mixesScripts = false;

@@ -109,7 +109,7 @@ class SafeChecker {
       Require(value.starts_with(u"mail-"), "a name without its prefix");
     } else if (name == u"style") {
       Require(value.find_first_of(u"\\&{}<>@\"") == value.npos &&
-                  value.find(u"url") == value.npos && value.find(u"/*") == value.npos,
+                  value.find(u"url(") == value.npos && value.find(u"/*") == value.npos,
               "a style that is not allowed");
     }
   }
