@@ -45,11 +45,13 @@ class DateReader : private DateCursor<Unit> {
   using Cursor::commentZone_;
   using Cursor::DigitAt;
   using Cursor::Here;
+  using Cursor::NumberHere;
   using Cursor::pos_;
   using Cursor::ReadNumber;
   using Cursor::SkipBlank;
   using Cursor::Take;
   using Cursor::TakeMark;
+  using Cursor::TakeOrdinalEnding;
   using Cursor::text_;
 
   enum class Seen { kPart, kDateAndTime, kAll };
@@ -179,7 +181,7 @@ template <class Unit>
 bool DateReader<Unit>::TakeTimePart(Field& field, char16_t mark) {
   const std::size_t before = pos_;
   SkipBlank();
-  if (DigitAt(pos_)) {
+  if (NumberHere()) {
     const Number number = ReadNumber();
     if (mark == u'\0' || TakeMark(mark)) {
       field = {number.digits > 2 ? 100 : number.value, number.begin};
@@ -251,6 +253,7 @@ void DateReader<Unit>::ReadPlainNumber(const Number& number) {
 template <class Unit>
 void DateReader<Unit>::ReadNumberItem() {
   const Number number = ReadNumber();
+  if (TakeOrdinalEnding()) return ReadMarkedNumber(number, u'日');
   const char16_t next = Here();
   const bool isGroup = (next == u'/' || next == u'-' || next == u'.') && DigitAt(pos_ + 1);
   if (isGroup && (!HasDate() || next == u'.')) return ReadNumericDate(number, next);
@@ -398,7 +401,7 @@ void DateReader<Unit>::ReadWord() {
 template <class Unit>
 void DateReader<Unit>::ReadItem() {
   const char16_t c = Here();
-  if (IsAsciiDigit(c)) return ReadNumberItem();
+  if (NumberHere()) return ReadNumberItem();
   const bool isSeparator = c == u'-' || c == u'/' || c == u'.';
   if (isSeparator && last_ == Last::kDateField && !HasDate()) {  // "06-May-2004"
     ++pos_;

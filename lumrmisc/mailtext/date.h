@@ -2,9 +2,9 @@
 //
 // The reader takes RFC 5322 with its obsolete forms (RFC 822 and 850 too), the C library's order,
 // ISO 8601, and what Japanese senders write: "2004/05/06", "2004年5月6日(木) 午後7時8分", year
-// names from 明治 on, month names "5月" and "五月", full-width digits and signs, a time before the
-// date, dots for colons, a missing comma, "GMT+9", "+09:00", "JST" before or behind an offset.
-// Neither the locale nor the time zone of the machine plays a part.
+// names from 明治 on, numerals ("令和六年五月六日"), full-width digits and signs, a time before the
+// date, English ordinals ("May 6th"), dots for colons, a missing comma, "GMT+9", "+09:00", "JST"
+// before or behind an offset. Neither the locale nor the time zone of the machine plays a part.
 //
 // Nothing here throws except for memory; every function is linear in its input.
 #pragma once

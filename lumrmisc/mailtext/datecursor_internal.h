@@ -53,7 +53,11 @@ class DateCursor {
   }
   bool SkipBlank();
   bool TakeMark(char16_t mark);
+  // Digits; or Japanese numerals with a sign of dates behind them, since they are parts of other
+  // words too.
+  bool NumberHere() const { return DigitAt(pos_) || NumeralsHere(); }
   Number ReadNumber();
+  bool TakeOrdinalEnding();
 
   std::basic_string_view<Unit> text_;
   std::size_t pos_ = 0;
@@ -61,6 +65,8 @@ class DateCursor {
 
  private:
   void SkipComment();
+  bool NumeralsHere() const;
+  Number ReadNumerals();
 };
 
 // Comments are passed over with the white space. Gives whether there was anything.
@@ -112,6 +118,7 @@ bool DateCursor<Unit>::TakeMark(char16_t mark) {
 
 template <class Unit>
 Number DateCursor<Unit>::ReadNumber() {
+  if (!DigitAt(pos_)) return ReadNumerals();
   Number number;
   number.begin = pos_;
   for (; DigitAt(pos_); ++pos_) {
@@ -119,6 +126,47 @@ Number DateCursor<Unit>::ReadNumber() {
     if (number.digits < 100) ++number.digits;
   }
   return number;
+}
+
+// Of longer texts than any number only the begin is looked at.
+template <class Unit>
+bool DateCursor<Unit>::NumeralsHere() const {
+  constexpr std::size_t kMost = 8;
+  std::size_t end = pos_;
+  while (end - pos_ < kMost && NumeralValue(At(end)) >= 0) ++end;
+  return end != pos_ &&
+         std::u16string_view(u"年月日時分秒").find(At(end)) != std::u16string_view::npos;
+}
+
+// "二〇二六" digit by digit, "二千二十六" by its tens and hundreds.
+template <class Unit>
+Number DateCursor<Unit>::ReadNumerals() {
+  Number number;
+  number.begin = pos_;
+  int whole = 0;  // of what stands before the latest ten, hundred or thousand
+  int digits = 0;
+  for (int value; (value = NumeralValue(Here())) >= 0; ++pos_) {
+    if (value < 10) {
+      digits = std::min(digits * 10 + value, 99999);
+    } else {
+      whole = std::min(whole + std::max(digits, 1) * value, 99999);
+      digits = 0;
+    }
+  }
+  number.value = whole + digits;
+  for (int rest = number.value; rest > 0 || number.digits == 0; rest /= 10) ++number.digits;
+  return number;
+}
+
+// The letters directly behind a number, when they make it an ordinal.
+template <class Unit>
+bool DateCursor<Unit>::TakeOrdinalEnding() {
+  WordText word;
+  std::size_t end = pos_;
+  for (; IsAsciiLetter(At(end)) && word.size < kLongestWord; ++end) word.Add(At(end));
+  if (!IsOrdinalEnding(word)) return false;
+  pos_ = end;
+  return true;
 }
 
 }  // namespace lumr::date

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <iterator>
 
 #include "lumrmisc/mailtext/datewords_internal.h"
 
@@ -49,18 +50,6 @@ constexpr DateWord kRows[] = {
     Month(u"october", 3, 10),
     Month(u"november", 3, 11),
     Month(u"december", 3, 12),
-    Month(u"一月", 2, 1),
-    Month(u"二月", 2, 2),
-    Month(u"三月", 2, 3),
-    Month(u"四月", 2, 4),
-    Month(u"五月", 2, 5),
-    Month(u"六月", 2, 6),
-    Month(u"七月", 2, 7),
-    Month(u"八月", 2, 8),
-    Month(u"九月", 2, 9),
-    Month(u"十月", 2, 10),
-    Month(u"十一月", 3, 11),
-    Month(u"十二月", 3, 12),
     HalfOfDay(u"am", 0),
     HalfOfDay(u"pm", 1),
     HalfOfDay(u"午前", 0),
@@ -121,6 +110,17 @@ constexpr auto kWords = [] {
   return rows;
 }();
 
+struct NumeralRow {
+  char16_t sign;
+  int value;
+};
+constexpr NumeralRow kNumerals[] = {
+    {u'〇', 0}, {u'零', 0}, {u'一', 1}, {u'二', 2}, {u'三', 3},  {u'四', 4},   {u'五', 5},
+    {u'六', 6}, {u'七', 7}, {u'八', 8}, {u'九', 9}, {u'十', 10}, {u'百', 100}, {u'千', 1000},
+};
+
+constexpr std::u16string_view kOrdinals[] = {u"st", u"nd", u"rd", u"th"};
+
 // RFC 822 had their signs wrong, so RFC 5322 takes them all for "unknown".
 constexpr DateWord kMilitary{u"", 1, WordKind::kMilitaryZone, 0};
 
@@ -137,6 +137,18 @@ const DateWord* FindWord(const WordText& word) {
   }
   const bool isMilitary = text.size() == 1 && IsAsciiLower(text[0]) && text[0] != u'j';
   return isMilitary ? &kMilitary : nullptr;
+}
+
+int NumeralValue(char16_t unit) {
+  const auto* const found =
+      std::find_if(std::begin(kNumerals), std::end(kNumerals),
+                   [unit](const NumeralRow& row) { return row.sign == unit; });
+  return found == std::end(kNumerals) ? -1 : found->value;
+}
+
+bool IsOrdinalEnding(const WordText& word) {
+  return std::find(std::begin(kOrdinals), std::end(kOrdinals),
+                   std::u16string_view(word.units, word.size)) != std::end(kOrdinals);
 }
 
 }  // namespace lumr::date

@@ -1,4 +1,5 @@
-// The words that stand in dates: months, weekdays, zones, halves of the day, Japanese years.
+// The words that stand in dates: months, weekdays, zones, halves of the day, Japanese years and
+// numerals.
 #pragma once
 
 #include <cstddef>
@@ -35,5 +36,11 @@ struct WordText {
 
 // Null for an unknown word.
 const DateWord* FindWord(const WordText& word);
+
+// What a Japanese numeral stands for: a digit, or 10, 100, 1000; -1 for anything else.
+int NumeralValue(char16_t unit);
+
+// Whether a word makes an English ordinal of the number before it: "22nd".
+bool IsOrdinalEnding(const WordText& word);
 
 }  // namespace lumr::date

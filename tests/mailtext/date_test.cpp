@@ -125,6 +125,14 @@ TEST(ParseMailDate, ReadsWhatSendersWrite) {
       {"令和元年5月1日 0時 JST", 0, "Wed, 01 May 2019 00:00:00 +0900"},
       {"木, 6 5月 2004 07:08:09 +0900", 0},
       {"木曜日、6 五月 2004 07:08:09 +0900", 0},
+      {"二〇〇四年五月六日(木) 午前七時八分九秒 JST", 0},
+      {"平成十六年 五月 六日 七時八分9秒 JST", 0},
+      {"二千二十六年十一月三十日 十二時半 JST", 0, "Mon, 30 Nov 2026 12:30:00 +0900"},
+      {"三, 6 May 2004 07:08:09 +0900", kDateTextIgnored},
+      // English ordinals.
+      {"Thursday, May 6th, 2004 7:08:09 am +0900", 0},
+      {"6TH May 2004 07:08:09 +0900", 0},
+      {"22nd November 2026 00:00 Z", 0, "Sun, 22 Nov 2026 00:00:00 +0000"},
       {"土, 6 5月 2004 07:08:09 +0900", kDateWrongWeekday},
       {"06 十二月 2004 07:08:09 +0900", 0, "Mon, 06 Dec 2004 07:08:09 +0900"},
   };
@@ -172,6 +180,13 @@ TEST(ParseMailDate, TellsWhatIsWrongAndWhere) {
       {"6 May 2004 07:08:09 |-99999", DateProblem::kZoneRange},
       {"|05/06/2004 07:08:09", DateProblem::kAmbiguous},
       {"平成16年|13月6日", DateProblem::kMonthRange},
+      {"|千年十一月二十日", DateProblem::kYearRange},
+      {"二〇〇四年|十三月六日", DateProblem::kMonthRange},
+      {"二〇〇四年五月|六", DateProblem::kUnexpected},
+      {"二〇〇四年五月|千千千千千千千日", DateProblem::kDayRange},
+      {"|一二三四五六七八九年五月六日", DateProblem::kUnexpected},
+      {"6|thMay 2004 07:08:09 +0900", DateProblem::kUnexpected},
+      {"1st |2nd May 2004", DateProblem::kTwice},
       {"２００４年５月|３２日", DateProblem::kDayRange},
   };
   for (const auto& c : cases) {
