@@ -1,11 +1,12 @@
 // Address functions: entries are parts of their list, ranges lie inside it, what is made is read
-// again, and narrow and wide agree on ASCII.
+// again, narrow and wide agree on ASCII, and no encoded word gives an address.
 #include <algorithm>
 #include <cstdint>
 #include <string>
 
 #include "fuzz/transfer_properties.h"
 #include "lumrmisc/mailtext/address.h"
+#include "lumrmisc/mailtext/addressheader.h"
 
 namespace {
 
@@ -27,6 +28,35 @@ void CheckRanges(const std::string& list, std::size_t entries) {
   Require(found >= entries);
 }
 
+// Every entry is a piece of the list, in its order, and not empty.
+void CheckPieces(std::string_view list, const CStringArray& entries) {
+  std::size_t at = 0;
+  for (const CStringA& entry : entries) {
+    at = list.find(entry, at);
+    Require(!entry.empty() && at != list.npos);
+    at += entry.size();
+  }
+}
+
+bool HasControl(std::string_view text) {
+  return std::any_of(text.begin(), text.end(),
+                     [](char c) { return (c >= 0 && c < ' ') || c == '\x7F'; });
+}
+
+void CheckHeader(std::string_view raw) {
+  CArray<HeaderAddress> entries;
+  ReadAddressHeader(raw, entries);
+  // Where nothing is converted, unfolded or joined an address is a piece of the value.
+  const bool isPlain =
+      !HasControl(raw) && raw.find('(') == raw.npos &&
+      std::all_of(raw.begin(), raw.end(), [](char c) { return c > 0 && c != '\x7F'; });
+  for (const HeaderAddress& entry : entries) {
+    Require(!entry.entry.empty() && !HasControl(entry.name));
+    Require(!isPlain || raw.find(entry.address) != raw.npos);
+  }
+  Require(!HasControl(DecodeAddressHeaderUtf8(raw)));
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -36,12 +66,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   CStringA message;
   const int isWhole = GetAddrArray2(list, entries, message);
   Require((isWhole != 0) == message.empty());
-  std::size_t at = 0;
-  for (const CStringA& entry : entries) {
-    at = input.find(entry, at);
-    Require(!entry.empty() && at != input.npos);
-    at += entry.size();
-  }
+  CheckPieces(input, entries);
+  CStringArray members;
+  Require(GetAddrArray3(list, members, message) == isWhole);
+  CheckPieces(input, members);
+  CheckHeader(list);
   const std::string text(input.substr(0, input.find('\0')));
   if (isWhole != 0 && text.size() == size && size < 200 && text[0] != '"' &&
       text.find(" \"") == text.npos) {

@@ -37,6 +37,7 @@
 #include "lumrmisc/charset/transcoder.h"
 
 #include "lumrmisc/mailtext/address.h"
+#include "lumrmisc/mailtext/addressheader.h"
 #include "lumrmisc/mailtext/body.h"
 #include "lumrmisc/mailtext/date.h"
 #include "lumrmisc/mailtext/headerencode.h"
@@ -86,3 +87,4 @@
 #include "lumrmisc/editor/quote.h"
 #include "lumrmisc/editor/quotetable.h"
 #include "lumrmisc/editor/textpos.h"
+#include "lumrmisc/editor/widest.h"

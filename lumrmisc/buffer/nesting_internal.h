@@ -33,8 +33,14 @@ class NestingScanner {
 
   // The next mark. The delimiter is any ASCII character but a quote, backslash or parenthesis.
   NestingMark Next(Unit delimiter) {
+    return NextOf([delimiter](Unit c) { return c == delimiter; });
+  }
+
+  // The same with several delimiters, of which isDelimiter(unit) tells.
+  template <class Test>
+  NestingMark NextOf(Test isDelimiter) {
     while (next_ < text_.size()) {
-      if (IsOrdinary(text_[next_]) && text_[next_] != delimiter) {
+      if (IsOrdinary(text_[next_]) && !isDelimiter(text_[next_])) {
         ++next_;
         continue;
       }
@@ -45,7 +51,7 @@ class NestingScanner {
         ReadQuoted(text_[position_]);
         continue;
       }
-      const NestingMark mark = ReadPlain(text_[position_], delimiter);
+      const NestingMark mark = ReadPlain(text_[position_], isDelimiter);
       if (mark != NestingMark::kEnd) return mark;
     }
     position_ = text_.size();
@@ -80,7 +86,8 @@ class NestingScanner {
   }
 
   // kEnd when the character is no mark.
-  NestingMark ReadPlain(Unit c, Unit delimiter) {
+  template <class Test>
+  NestingMark ReadPlain(Unit c, Test isDelimiter) {
     switch (c) {
       case Unit('\\'):
         behindBackslash_ = next_;
@@ -93,7 +100,7 @@ class NestingScanner {
       case Unit(')'):
         return depth_ > 0 && --depth_ == 0 ? NestingMark::kClose : NestingMark::kEnd;
       default:
-        return c == delimiter && depth_ == 0 ? NestingMark::kDelimiter : NestingMark::kEnd;
+        return depth_ == 0 && isDelimiter(c) ? NestingMark::kDelimiter : NestingMark::kEnd;
     }
   }
 

@@ -85,6 +85,16 @@ int GetAddrArray2(const char* list, CStringArray& out, CStringA& message);
 int GetAddrArray2(std::string_view list, CStringArray& out, CStringA& message);
 int GetAddrArray2(const char16_t* list, CArray<CStringW>& out, CStringW& message);
 
+// The same for lists that may hold groups (RFC 5322, 3.4: "Team: a@x, b@y;"): a member of a group
+// is an entry like any other, without the name of the group and its signs. An empty group
+// ("undisclosed-recipients:;") has no entries.
+//
+// A colon begins a group outside of quotes, parentheses, angle brackets and "@[...]" when a
+// semicolon ends it before the next colon, or when no "<" follows in its entry: "Re: J <j@x>" is
+// one address, and "Team: a@x" a group that was not ended. A semicolon outside of a group is
+// ordinary. The last entry of a list in which something is left open is not searched for groups.
+int GetAddrArray3(std::string_view list, CStringArray& out, CStringA& message);
+
 // Cuts at every comma, space, tab, CR and LF; quotes and parentheses mean nothing. Gives the
 // number of entries, none of which is empty.
 int ParseAddrList(const char* list, CStringArray& out);

@@ -51,6 +51,33 @@ void SetMessage(Fault fault, std::basic_string_view<Unit> text, std::basic_strin
   message += TrimmedText(text);
 }
 
+// Calls take(entry) for each entry that is not empty, the rest behind a fault included. Gives
+// the fault; faulty is then the text from the entry in which it is.
+//
+// Each entry is looked at once: a quote that begins one is answered by the next quote, which lies
+// in the same entry, or by none, after which there is no such quote to ask for.
+template <class Unit, class Take>
+Fault ForEachEntry(std::basic_string_view<Unit> list, std::basic_string_view<Unit>& faulty,
+                   Take take) {
+  std::size_t start = 0;
+  for (;;) {
+    Fault fault;
+    const std::size_t comma = FindDelimiter(list, start, Unit(','), fault);
+    const std::size_t length = comma == list.npos ? list.npos : comma - start;
+    const std::basic_string_view<Unit> entry = TrimmedText(list.substr(start, length));
+    if (!entry.empty()) take(entry);
+    if (comma == list.npos) {
+      faulty = list.substr(start);
+      return fault;
+    }
+    start = comma + 1;
+  }
+}
+
+// The entries of a list, members of groups too (GetAddrArray3). Gives what is left open, and faulty
+// is then the text from the entry in which it is.
+Fault SplitGroups(std::string_view list, CStringArray& out, std::string_view& faulty);
+
 // What an entry consists of, as it stands in its text.
 struct EntryParts {
   Fault fault = kNoFault;

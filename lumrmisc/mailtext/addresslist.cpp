@@ -13,31 +13,10 @@ namespace {
 
 using address::Fault;
 using address::FindDelimiter;
+using address::ForEachEntry;
 
 template <class Unit>
 using View = std::basic_string_view<Unit>;
-
-// Calls take(entry) for each entry that is not empty, the rest behind a fault included. Gives
-// the fault; faulty is then the text from the entry in which it is.
-//
-// Each entry is looked at once: a quote that begins one is answered by the next quote, which lies
-// in the same entry, or by none, after which there is no such quote to ask for.
-template <class Unit, class Take>
-Fault ForEachEntry(View<Unit> list, View<Unit>& faulty, Take take) {
-  std::size_t start = 0;
-  for (;;) {
-    Fault fault;
-    const std::size_t comma = FindDelimiter(list, start, Unit(','), fault);
-    const std::size_t length = comma == list.npos ? list.npos : comma - start;
-    const View<Unit> entry = TrimmedText(list.substr(start, length));
-    if (!entry.empty()) take(entry);
-    if (comma == list.npos) {
-      faulty = list.substr(start);
-      return fault;
-    }
-    start = comma + 1;
-  }
-}
 
 template <class Unit>
 int SplitList(View<Unit> list, CArray<std::basic_string<Unit>>& out,

@@ -2,7 +2,6 @@
 #include <utility>
 
 #include "lumrmisc/charset/japanese_internal.h"
-#include "lumrmisc/charset/mailcharset.h"
 #include "lumrmisc/mailtext/headertext_internal.h"
 #include "lumrmisc/mailtext/transfer_internal.h"
 #include "lumrmisc/platform/codepage.h"
@@ -257,6 +256,23 @@ void AppendUnfolded(std::string_view raw, std::string& out) {
   }
   out += raw;
 }
+
+template <class Text>
+void RawTextReader::AppendPart(std::string_view part, Text& out) {
+  std::string unfolded;
+  if (part.find_first_of("\r\n") != part.npos) {
+    AppendUnfolded(part, unfolded);
+    part = unfolded;
+  }
+  if (IsPlainIn(CT_ASCII, part)) return AppendCleanAscii(part, out);
+  if (!resolved_) charset_ = ResolveMailCharset(RawLabel(rawCharset_), raw_);
+  resolved_ = true;
+  CBuffer units;
+  ConvertMailText(charset_, part, units);
+  AppendCleanUnits(units.Bytes(), out);
+}
+template void RawTextReader::AppendPart(std::string_view part, CStringW& out);
+template void RawTextReader::AppendPart(std::string_view part, CStringA& out);
 
 std::string_view TrimmedFold(std::string_view raw) {
   while (!raw.empty() && transfer::IsLayout(raw.front())) raw.remove_prefix(1);

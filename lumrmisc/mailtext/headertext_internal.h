@@ -8,6 +8,7 @@
 
 #include "lumrmisc/buffer/buffer.h"
 #include "lumrmisc/charset/codetype.h"
+#include "lumrmisc/charset/mailcharset.h"
 #include "lumrmisc/platform/types.h"
 
 namespace lumr::header {
@@ -62,6 +63,31 @@ ReadingResult ReadLabelledBytes(std::string_view label, CodeType codeType, std::
 // The label under which raw text of a header is read when the body has the given one: no header
 // is in UTF-16, whose ASCII is not ASCII.
 std::string_view RawLabel(std::string_view rawCharset);
+
+// Reads the parts of a value that stand outside of its words. They are all in one charset, and the
+// more there is the better it tells: raw is the whole value.
+class RawTextReader {
+ public:
+  RawTextReader(std::string_view raw, std::string_view rawCharset)
+      : raw_(raw), rawCharset_(rawCharset) {}
+
+  // Appends a part, unfolded, as AppendCleanUnits does.
+  template <class Text>
+  void Append(std::string_view part, Text& out) {
+    if (!part.empty()) AppendPart(part, out);
+  }
+
+ private:
+  template <class Text>
+  void AppendPart(std::string_view part, Text& out);
+
+  std::string_view raw_;
+  std::string_view rawCharset_;
+  bool resolved_ = false;
+  MailCharset charset_{};
+};
+extern template void RawTextReader::AppendPart(std::string_view part, CStringW& out);
+extern template void RawTextReader::AppendPart(std::string_view part, CStringA& out);
 
 // Whether bytes are the same text in ASCII and in the code type.
 bool IsPlainIn(CodeType codeType, std::string_view bytes);

@@ -121,12 +121,11 @@ template <class Text>
 class HeaderReader {
  public:
   HeaderReader(std::string_view raw, std::string_view rawCharset)
-      : raw_(header::TrimmedFold(raw)), rawLabel_(rawCharset) {}
+      : raw_(header::TrimmedFold(raw)), rawText_(raw_, rawCharset) {}
 
   Text Read();
 
  private:
-  void AppendRaw(std::string_view text);
   void AppendRun(std::span<const CharsetWord> run);
   void AppendGroup(std::span<const CharsetWord> group);
   bool AppendInPlace(std::span<const CharsetWord> group);
@@ -135,11 +134,9 @@ class HeaderReader {
   ReadingResult ReadBytes(const CharsetWord& word, std::string_view bytes, Text& text);
 
   std::string_view raw_;
-  std::string_view rawLabel_;
+  header::RawTextReader rawText_;
   std::string_view label_;  // of the last word
   CodeType codeType_ = CT_UNKNOWN;
-  bool rawResolved_ = false;
-  MailCharset rawCharset_{};
   Text out_;
   header::ScratchPair scratch_;
   std::string joined_;  // scratch
@@ -157,7 +154,7 @@ Text HeaderReader<Text>::Read() {
     if (run.IsEmpty() || !header::TrimmedFold(gap).empty()) {
       AppendRun(run.Words());
       run.Clear();
-      AppendRaw(gap);
+      rawText_.Append(gap, out_);
     }
     if (word.label != label_) codeType_ = CodeTypeOfLabel(word.label);
     label_ = word.label;
@@ -165,25 +162,8 @@ Text HeaderReader<Text>::Read() {
     run.Add(word);
   }
   AppendRun(run.Words());
-  AppendRaw(raw_.substr(done));
+  rawText_.Append(raw_.substr(done), out_);
   return std::move(out_);
-}
-
-template <class Text>
-void HeaderReader<Text>::AppendRaw(std::string_view text) {
-  if (text.empty()) return;
-  std::string unfolded;
-  if (text.find_first_of("\r\n") != text.npos) {
-    header::AppendUnfolded(text, unfolded);
-    text = unfolded;
-  }
-  if (header::IsPlainIn(CT_ASCII, text)) return header::AppendCleanAscii(text, out_);
-  // All raw text of a value is in one charset, and the more there is the better it tells.
-  if (!rawResolved_) rawCharset_ = ResolveMailCharset(header::RawLabel(rawLabel_), raw_);
-  rawResolved_ = true;
-  CBuffer units;
-  ConvertMailText(rawCharset_, text, units);
-  header::AppendCleanUnits(units.Bytes(), out_);
 }
 
 // Words with nothing but white space between them.
