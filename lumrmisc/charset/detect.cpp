@@ -366,7 +366,14 @@ Detection ExplainDetection(std::string_view text) {
     const std::size_t escape = FindJapaneseEscape(text, false);
     if (escape != text.npos) return MakeDetection(CT_JIS, DetectionRule::kEscape, text, escape);
   }
-  return DetectBytes(text);
+  const Detection found = DetectBytes(text);
+  const std::size_t eightBit = FindEightBit(text);
+  const bool isLate = eightBit != text.npos && eightBit >= kScanRange;
+  const bool isText = text.find('\0') == text.npos;  // and no UTF-16
+  if (found.rule != DetectionRule::kNothingTelling || !isLate || !isText) return found;
+  Detection late = JapaneseScan(text.substr(eightBit)).Run();
+  if (late.offset >= 0) late.offset += static_cast<long long>(eightBit);
+  return late;
 }
 
 }  // namespace lumr

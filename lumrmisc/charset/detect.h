@@ -81,7 +81,9 @@ struct Detection {
 };
 
 // Detection for people and programs that want to know why: plain ASCII first, then the escapes
-// of 7-bit text, then DetectCodeType2 with its own reasons.
+// of 7-bit text, then DetectCodeType2 with its own reasons. Text that is ASCII for longer than
+// DetectCodeType looks is scanned from its first byte of 8 bits on, unless it has a zero byte: a
+// Japanese text may stand behind a long preamble in English.
 Detection ExplainDetection(std::string_view text);
 
 }  // namespace lumr

@@ -361,6 +361,9 @@ bool IsMostlyAsciiWords(std::string_view text) {
   return words * 4 > text.size();
 }
 
+// So many bytes of 7 bits, with no zero among them, begin no text in UTF-16.
+constexpr std::size_t kNarrowHead = 1024;
+
 // Unmarked UTF-16 has zero bytes in its ASCII characters and line breaks, first or second by its
 // order. A few in the other place are ideographs (and the space of U+3000). A stray zero byte in
 // a byte text is none.
@@ -385,7 +388,9 @@ MailCharset Detect(std::string_view text, CharsetSource source) {
 MailCharset ResolveUtf16(const LabelRow& row, std::string_view text) {
   if (!HasUtf16Mark(text) && !HasZero(text)) {
     const CodeType codeType = ExplainDetection(text).codeType;
-    if (!text.empty() && (codeType == CT_ASCII || codeType == CT_UTF8 || codeType == CT_JIS)) {
+    const bool isNarrow = codeType == CT_ASCII || codeType == CT_UTF8 || codeType == CT_JIS ||
+                          std::min(FindEightBit(text), text.size()) >= kNarrowHead;
+    if (!text.empty() && isNarrow) {
       return {codeType, CharsetSource::kLabelLies};
     }
   }
