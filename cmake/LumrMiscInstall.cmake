@@ -24,6 +24,10 @@ install(FILES
   ${CMAKE_CURRENT_BINARY_DIR}/LumrMiscConfigVersion.cmake
   DESTINATION ${package_dir})
 
+# Found from the place of the file, since --prefix of the installation may differ from the one
+# that was configured.
+file(RELATIVE_PATH prefix_from_package
+  ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/lumrmisc.pc.in ${CMAKE_CURRENT_BINARY_DIR}/lumrmisc.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/lumrmisc.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

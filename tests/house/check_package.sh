@@ -19,11 +19,11 @@ rm -rf "$work"
 for shared in OFF ON; do
   here=$work/shared-$shared
   cmake -S "$root" -B "$here/build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-    -DBUILD_SHARED_LIBS=$shared -DCMAKE_INSTALL_PREFIX="$here/prefix" -DCMAKE_INSTALL_LIBDIR=lib \
+    -DBUILD_SHARED_LIBS=$shared -DCMAKE_INSTALL_LIBDIR=lib \
     -DLUMRMISC_BUILD_TOOL=OFF -DLUMRMISC_BUILD_TESTS=OFF -DLUMRMISC_BUILD_BENCH=OFF \
     -DLUMRMISC_WERROR=ON ${CMAKE_CXX_COMPILER_LAUNCHER:+-DCMAKE_CXX_COMPILER_LAUNCHER="$CMAKE_CXX_COMPILER_LAUNCHER"}
   cmake --build "$here/build"
-  cmake --install "$here/build"
+  cmake --install "$here/build" --prefix "$here/prefix"  # as the README does
 
   cmake -S "$root/examples/consumer" -B "$here/consumer" -G Ninja -DCMAKE_PREFIX_PATH="$here/prefix"
   cmake --build "$here/consumer"
