@@ -99,6 +99,10 @@ FileError DuplicateFile(const CStringW& from, const CStringW& to);
 // folder, a mount point, another's file in a sticky folder, a device), the content is gathered in
 // the temporary folder and copied into the target at Commit. That way alone can leave a mixture
 // when it is interrupted; when it fails, RescuedContent still has the new content.
+//
+// A process that is killed leaves its file behind, and nothing here takes it away: its name tells
+// neither its target nor whether another process, of another machine perhaps, is still writing it,
+// and content that was rescued has such a name too.
 class DurableFile {
  public:
   DurableFile() = default;

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <random>
+#include <sstream>
 
 #include "lumrmisc/charset/convert.h"
 #include "lumrmisc/mailtext/transfer.h"
@@ -18,50 +19,31 @@ constexpr char kKanjiJis[] = "\x1B$B4A;z\x1B(B";
 constexpr char kKanjiEuc[] = "\xB4\xC1\xBB\xFA";
 constexpr char kHangulUtf8[] = "\xED\x95\x9C";
 
-struct Case {
-  std::string arguments;
-  std::string_view input;
-  int status;
-  std::string_view out;
-  std::string_view err;  // a part of it; empty: nothing is said
-};
-
-void Check(const Case& c) {
-  SCOPED_TRACE(c.arguments);
-  const RunResult result = ToolRunner().Run(c.arguments, c.input);
-  EXPECT_EQ(result.status, c.status) << result.err;
-  EXPECT_EQ(result.out, c.out);
-  EXPECT_EQ(UnsafeIn(result.err), "");
-  if (c.err.empty()) {
-    EXPECT_EQ(result.err, "");
-  } else {
-    EXPECT_NE(result.err.find(c.err), std::string::npos) << result.err;
-  }
-}
-
 }  // namespace
 
 TEST(Convert, GivesTheTextAndSaysWhatWasLost) {
-  const Case cases[] = {
-      {"convert -f utf-8 -t iso-2022-jp", kKanjiUtf8, 0, kKanjiJis, ""},
-      {"convert -f cp932 -t euc-jp -", kKanjiSJis, 0, kKanjiEuc, ""},
-      {"convert -f 11 -t 12", kKanjiEuc, 0, kKanjiSJis, ""},
-      {"convert -t utf-8", kKanjiJis, 0, kKanjiUtf8, ""},
-      {"convert -t utf-8", "", 0, "", ""},
-      {"convert -f utf-8 -t shift_jis", kHangulUtf8, 1, "?", "lacks were replaced: 1 (at byte 0)"},
-      {"convert -f utf-8 -t shift_jis --strict", kHangulUtf8, 1, "", "nothing was written"},
-      {"convert -f utf-8 -t shift_jis --strict", kKanjiUtf8, 0, kKanjiSJis, ""},
-      {"convert -f utf-8 -t utf-16 --report", "a", 0, std::string_view("a\0", 2), "exactly"},
-      {"convert -t utf-8 --report", kKanjiSJis, 0, kKanjiUtf8, "detected as Shift_JIS"},
-      {"convert -f utf-8 -t x-nothing", "a", 2, "", "cannot convert to the charset 'x-nothing'"},
-      {"convert -f utf-8 -t us-ascii", "a", 2, "", "cannot convert to the charset 'us-ascii'"},
-      {"convert -t utf-8", "caf\xE9 x", 1, "", "cannot be detected"},
-      {"convert -f 999 -t utf-8", "a", 2, "", "unknown charset '999'"},
-      {"convert -f utf-8", "a", 2, "", "wrong usage"},
-      {"convert -t utf-8 --in-place", "a", 2, "", "--in-place needs"},
-      {"convert -t utf-8 --in-place -", "a", 2, "", "--in-place needs"},
-  };
-  for (const Case& c : cases) Check(c);
+  ToolRunner().Check({
+      {"convert -f utf-8 -t iso-2022-jp", kKanjiUtf8, kKanjiJis},
+      {"convert -f cp932 -t euc-jp -", kKanjiSJis, kKanjiEuc},
+      {"convert -f 11 -t 12", kKanjiEuc, kKanjiSJis},
+      {"convert -t utf-8", kKanjiJis, kKanjiUtf8},
+      {"convert -t utf-8"},
+      {"convert -f utf-8 -t shift_jis", kHangulUtf8, "?", 1, "lacks were replaced: 1 (at byte 0)"},
+      {"convert -f utf-8 -t shift_jis --strict", kHangulUtf8, "", 1, "nothing was written"},
+      {"convert -f utf-8 -t shift_jis --strict", kKanjiUtf8, kKanjiSJis},
+      {"convert -f utf-8 -t utf-16 --report", "a", std::string_view("a\0", 2), 0, "exactly"},
+      {"convert -t utf-8 --report", kKanjiSJis, kKanjiUtf8, 0, "detected as Shift_JIS"},
+      {"convert -f utf-8 -t x-nothing", "a", "", 2, "cannot convert to the charset 'x-nothing'"},
+      {"convert -f utf-8 -t us-ascii", "a", "", 2, "cannot convert to the charset 'us-ascii'"},
+      {"convert -t utf-8", "caf\xE9 x", "", 1, "cannot be detected"},
+      {"convert -f shift_jis -t utf-8", "\x82", "\xE3\x83\xBB", 1, "cannot be read as Shift_JIS"},
+      {"convert -t utf-8", std::string(1500, 'a') + kKanjiSJis,
+       std::string(1500, 'a') + kKanjiUtf8},
+      {"convert -f 999 -t utf-8", "a", "", 2, "unknown charset '999'"},
+      {"convert -f utf-8", "a", "", 2, "wrong usage"},
+      {"convert -t utf-8 --in-place", "a", "", 2, "--in-place needs"},
+      {"convert -t utf-8 --in-place -", "a", "", 2, "--in-place needs"},
+  });
 }
 
 TEST(Convert, InPlaceKeepsWhatItCannotReplace) {
@@ -135,29 +117,33 @@ TEST(Detect, NamesTheTellingByte) {
 }
 
 TEST(Transfer, EncodesDecodesAndSaysWhatIsMalformed) {
-  const Case cases[] = {
-      {"encode base64", "abc", 0, "YWJj\r\n", ""},
-      {"encode base64 --wrap 0", "abc", 0, "YWJj", ""},
-      {"encode qp", "a=\xE3\n", 0, "a=3D=E3\r\n", ""},
-      {"encode qp --binary", "a\n", 0, "a=0A", ""},
-      {"encode uu --name photo.jpg", "", 0, "begin 644 photo.jpg\r\n`\r\nend\r\n", ""},
-      {"encode hex", "a/", 0, "a%2F", ""},
-      {"encode hex --all", "a", 0, "%61", ""},
-      {"encode url", "a b", 0, "a+b", ""},
-      {"encode imap", "\xE6\x97\xA5\na&b\n", 0, "&ZeU-\na&-b\n", ""},
-      {"decode imap", "&ZeU-\na&-b\n", 0, "\xE6\x97\xA5\na&b\n", ""},
-      {"encode imap", "\xFF", 1, "&,,0-", "not valid UTF-8"},
-      {"decode base64", "YWJj\n", 0, "abc", ""},
-      {"decode base64", "YWJj!", 1, "abc", "not well-formed base64"},
-      {"decode qp", "a=3D=\r\nb", 0, "a=b", ""},
-      {"decode url", "a+b%2f", 0, "a b/", ""},
-      {"decode uu", "begin 644 a\n#86)C\n`\n", 1, "abc", "not well-formed uu"},
-      {"decode binhex", "no such block", 1, "", "not well-formed binhex"},
-      {"encode binhex", "a", 2, "", "only be decoded"},
-      {"decode rot13", "a", 2, "", "unknown encoding 'rot13'"},
-      {"decode", "a", 2, "", "wrong usage"},
-  };
-  for (const Case& c : cases) Check(c);
+  ToolRunner().Check({
+      {"encode base64", "abc", "YWJj\r\n"},
+      {"encode base64 --wrap 0", "abc", "YWJj"},
+      {"encode qp", "a=\xE3\n", "a=3D=E3\r\n"},
+      {"encode qp --binary", "a\n", "a=0A"},
+      {"encode uu --name photo.jpg", "", "begin 644 photo.jpg\r\n`\r\nend\r\n"},
+      {"encode hex", "a/", "a%2F"},
+      {"encode hex --all", "a", "%61"},
+      {"encode url", "a b", "a+b"},
+      {"encode imap", "\xE6\x97\xA5\na&b\n", "&ZeU-\na&-b\n"},
+      {"decode imap", "&ZeU-\na&-b\n", "\xE6\x97\xA5\na&b\n"},
+      {"encode imap", "\xFF", "&,,0-", 1, "not valid UTF-8"},
+      {"decode base64", "YWJj\n", "abc"},
+      {"decode base64", "YWJj!", "abc", 1, "not well-formed base64"},
+      {"decode qp", "a=3D=\r\nb", "a=b"},
+      {"decode url", "a+b%2f", "a b/"},
+      {"decode uu", "begin 644 a\n#86)C\n`\n", "abc", 1, "not well-formed uu"},
+      {"decode binhex", "no such block", "", 1, "not well-formed binhex"},
+      {"encode binhex", "a", "", 2, "only be decoded"},
+      {"encode qp --wrap 10", "a", "", 2, "--wrap is an option of base64 alone"},
+      {"encode base64 --binary", "a", "", 2, "--binary is an option of qp alone"},
+      {"encode uu --all", "a", "", 2, "--all is an option of hex alone"},
+      {"encode hex --name a", "a", "", 2, "--name is an option of uu alone"},
+      {"encode uu --name \"a\tb\"", "a", "", 2, "--name (byte 2)"},
+      {"decode rot13", "a", "", 2, "unknown encoding 'rot13'"},
+      {"decode", "a", "", 2, "wrong usage"},
+  });
 }
 
 TEST(Transfer, StreamsAndComesBack) {
@@ -177,18 +163,27 @@ TEST(Transfer, StreamsAndComesBack) {
 }
 
 TEST(Tool, AnswersBadInputWithASentence) {
-  const Case cases[] = {
-      {"detect missing", "", 2, "", "missing: cannot be read: there is no such file"},
-      {"detect .", "", 2, "", ".: cannot be read: it is a folder"},
-      {"convert -f utf-8 -t sjis missing", "", 2, "", "there is no such file"},
-      {"convert -f utf-8 -t sjis .", "", 2, "", "it is a folder"},
-      {"decode base64 missing", "", 2, "", "there is no such file"},
-      {"", "", 2, "", "wrong usage"},
-      {"frobnicate", "", 2, "", "wrong usage"},
-      {"detect --lang tlh -", "a", 2, "", "unknown language 'tlh'"},
-      {"detect --lang ja missing", "", 2, "", "\xE8\xAA\xAD\xE3\x82\x81\xE3\x81\xBE\xE3\x81\x9B"},
-  };
-  for (const Case& c : cases) Check(c);
+  ToolRunner().Check({
+      {"detect missing", "", "", 2, "missing: cannot be read: there is no such file"},
+      {"detect .", "", "", 2, ".: cannot be read: it is a folder"},
+      {"convert -f utf-8 -t sjis missing", "", "", 2, "there is no such file"},
+      {"convert -f utf-8 -t sjis .", "", "", 2, "it is a folder"},
+      {"decode base64 missing", "", "", 2, "there is no such file"},
+      {"", "", "", 2, "wrong usage"},
+      {"frobnicate", "", "", 2, "unknown command 'frobnicate'"},
+      {"show --foo --bar=b a", "", "", 2, "this was not expected: --foo --bar=b"},
+      {"wrap -w x", "", "", 2, "the value 'x' of --width is no number from 1 to 1048576"},
+      {"--lang ja wrap -w", "", "", 2, "--width の値がありません"},
+      {"grep --color a b", "", "", 2, "--color cannot be 'a', only one of auto,always,never"},
+      {"grep --all --any a", "", "", 2, "--any and --all exclude each other"},
+      {"html safe --report", "", "", 2, "--report needs --strict too"},
+      {"html charset a b c", "", "", 2, "at most 2 of NAME FILE, and there are 3"},
+      {"detect --json=x a", "", "", 2, "--json cannot be 'x'"},
+      {"encode --lang ja", "", "", 2, "使い方が違います: ENCODING がありません"},
+      {"address foo --lang ja", "", "", 2, "使い方が違います: コマンド「foo」は知りません"},
+      {"detect --lang tlh -", "a", "", 2, "unknown language 'tlh'"},
+      {"detect --lang ja missing", "", "", 2, "\xE8\xAA\xAD\xE3\x82\x81\xE3\x81\xBE\xE3\x81\x9B"},
+  });
 }
 
 TEST(Tool, HelpsInBothLanguages) {
@@ -207,6 +202,31 @@ TEST(Tool, HelpsInBothLanguages) {
         << english.out;
     EXPECT_NE(japanese.out.find("\xE4\xBD\xBF\xE3\x81\x84\xE6\x96\xB9"), std::string::npos)
         << japanese.out;
+  }
+}
+
+TEST(Tool, KeepsToTheTerminal) {
+  if (!std::filesystem::exists("/usr/bin/script")) GTEST_SKIP() << "there is no script(1)";
+  const ToolRunner tool;
+  tool.Write("text", "a\x1B[31mb\xC2\x9Bm\n");
+  const auto show = [&tool](const std::string& arguments) {
+    std::string shown = tool.Shell("script -qec 'stty cols 60; LUMR " + arguments +
+                                   "' .tty >.out 2>.err </dev/null")
+                            .out;
+    std::erase(shown, '\r');
+    return shown;
+  };
+  EXPECT_EQ(show("wrap text"), "a\u241B[31mb\uFFFDm\n");
+  EXPECT_EQ(show("unwrap text"), "a\u241B[31mb\uFFFDm\n");
+  for (const std::string language : {"en", "ja"}) {
+    std::istringstream help(show("--help --lang " + language));
+    int lines = 0;
+    for (std::string line; std::getline(help, line); ++lines) {
+      int columns = 0;
+      for (const char c : line) columns += (c & 0x80) == 0 ? 1 : (c & 0xC0) == 0xC0 ? 2 : 0;
+      EXPECT_LE(columns, lines == 0 ? 80 : 60) << line;  // what it is about is not turned
+    }
+    EXPECT_GT(lines, 20);
   }
 }
 

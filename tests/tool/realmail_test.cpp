@@ -17,10 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string Contents(const fs::path& path) {
-  return ContentOf(PathFromUtf8(path.string()));
-}
-
 // Text with all white space of a run as one space, none at the ends: line ends and trailing
 // spaces are not what these comparisons are about.
 std::string Squeezed(std::string_view text) {

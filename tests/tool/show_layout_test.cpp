@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <sstream>
 
+#include "charset/convert_text.h"
 #include "charset/corpus.h"
-#include "lumrmisc/charset/convert.h"
 #include "lumrmisc/platform/unicode.h"
 #include "tool/tool_runner.h"
 
@@ -22,8 +22,7 @@ constexpr std::string_view kMail =
 
 // Columns as the layout counts them.
 int ColumnsOf(std::string_view utf8) {
-  CBuffer wide;
-  ConvertToOtherCodeType2(CT_UTF8, utf8, CT_UNICODE, wide);
+  const CBuffer wide(Encoded(utf8, CT_UNICODE));
   int columns = 0;
   for (const char16_t unit : wide.Units()) columns += IsUnitFullWidth(unit) ? 2 : 1;
   return columns;
@@ -31,9 +30,7 @@ int ColumnsOf(std::string_view utf8) {
 
 // The text of a setting data file.
 std::string Settings(std::string_view utf8) {
-  CBuffer wide;
-  ConvertToOtherCodeType2(CT_UTF8, utf8, CT_UNICODE, wide);
-  return "\xFF\xFE" + std::string(wide.Bytes());
+  return "\xFF\xFE" + Encoded(utf8, CT_UNICODE);
 }
 
 std::string BodyOf(const std::string& shown) {
@@ -60,19 +57,14 @@ TEST(ShowLayout, TurnsAtAWidth) {
   EXPECT_EQ(BodyOf(tool.Run("show --settings set.ini:Own --width 2 -", kMail).out)
                 .substr(0, std::string("あい\nう\n。\n> 引用された").size()),
             "あい\nう\n。\n> 引用された");
-  const struct {
-    const char *arguments, *said;
-  } wrong[] = {
-      {"show --width 0 -", "wrong usage"},
-      {"show --width x -", "wrong usage"},
-      {"show --settings none.ini -", "none.ini"},
-      {"show --settings set.ini:Nobody -", "no key [Nobody]"},
-  };
-  for (const auto& c : wrong) {
-    const RunResult result = tool.Run(c.arguments, kMail);
-    EXPECT_EQ(result.status, 2) << c.arguments;
-    EXPECT_NE(result.err.find(c.said), std::string::npos) << result.err;
-  }
+  tool.Check({
+      {"show --width 30 -", "To: a@example.jp, b@example.jp,\n c@example.jp\nSubject: あい\n",
+       "To:      a@example.jp,\n         b@example.jp,\n         c@example.jp\nSubject: あい\n"},
+      {"show --width 0 -", kMail, "", 2, "wrong usage"},
+      {"show --width x -", kMail, "", 2, "wrong usage"},
+      {"show --settings none.ini -", kMail, "", 2, "none.ini"},
+      {"show --settings set.ini:Nobody -", kMail, "", 2, "no key [Nobody]"},
+  });
 }
 
 // In the mails of the corpus, no line is wider than the width and one closing mark.

@@ -11,17 +11,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string Contents(const fs::path& path) {
-  return ContentOf(PathFromUtf8(path.string()));
-}
-
 }  // namespace
 
 TEST(Show, PrintsTheSampleMailsAsReviewed) {
   const struct {
-    const char* mail;
-    const char* arguments;
-    const char* golden;
+    const char *mail, *arguments, *golden;
   } cases[] = {
       {"first-light.eml", "--lang ja", "first-light.ja.txt"},
       {"first-light.eml", "--json", "first-light.json"},
@@ -51,6 +45,8 @@ TEST(Show, ReadsWhatMailersGetWrong) {
       {"nothing", "", 1, "", "the file is empty"},
       {"no mail", "{\"a\": 1}\n", 1, "", "this is no mail"},
       {"a header alone", "Subject: x\n", 0, "Subject: x\n", ""},
+      {"a header cut off in a name", "Subject: x\nDate: now\nFr", 1, "Subject: x\n",
+       "it has no content"},
       {"Macintosh line ends", "Subject: x\r\rbody\r", 0, "Subject: x\n\nbody\n", ""},
       {"a From line", "From a@example.jp Mon Jan  1 00:00:00 2024\nSubject: x\n\nbody\n", 0,
        "Subject: x\n\nbody\n", ""},
@@ -109,13 +105,7 @@ TEST(Show, ReadsWhatMailersGetWrong) {
   const ToolRunner tool;
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
-    const RunResult result = tool.Run("show -", c.mail);
-    EXPECT_EQ(result.status, c.status);
-    EXPECT_NE(result.out.find(c.shown), std::string::npos) << result.out;
-    EXPECT_EQ(UnsafeIn(result.out), "");
-    const std::size_t said = result.err.find(c.said);
-    EXPECT_EQ(said == std::string::npos || (c.said.empty() && !result.err.empty()), false)
-        << result.err;
+    tool.Check({{"show -", c.mail, c.shown, c.status, c.said}}, ToolRunner::Out::kPart);
   }
 }
 

@@ -1,5 +1,7 @@
 #include "tool/tool_runner.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -10,6 +12,14 @@ namespace {
 
 std::string Program() {
   return std::filesystem::absolute(LUMR_PROGRAM).make_preferred().string();
+}
+
+// Paths as POSIX has them.
+std::string WithSlashes(std::string_view text) {
+  std::string slashes(text);
+  std::replace(slashes.begin(), slashes.end(),
+               static_cast<char>(std::filesystem::path::preferred_separator), '/');
+  return slashes;
 }
 
 }  // namespace
@@ -33,6 +43,24 @@ RunResult ToolRunner::Run(std::string_view arguments, std::string_view input) co
                     (chosen ? "" : " --lang en") + " <.in" + number + " >.out" + number +
                     " 2>.err" + number,
                 number);
+}
+
+void ToolRunner::Check(std::initializer_list<Step> steps, Out out) const {
+  for (const Step& step : steps) {
+    if (!CanBeTyped(step.arguments)) continue;
+    SCOPED_TRACE(testing::Message() << step.arguments << '\n' << step.input.substr(0, 2000));
+    const RunResult result = Run(step.arguments, step.input);
+    EXPECT_EQ(result.status, step.status) << result.err;
+    if (out == Out::kWhole) {
+      EXPECT_EQ(WithSlashes(result.out), WithSlashes(step.out));
+    } else {
+      EXPECT_NE(result.out.find(step.out), std::string::npos) << result.out;
+      EXPECT_EQ(UnsafeIn(result.out), "");
+    }
+    EXPECT_EQ(UnsafeIn(result.err), "");
+    EXPECT_EQ(result.err.empty(), step.err.empty()) << result.err;
+    EXPECT_NE(result.err.find(step.err), std::string::npos) << result.err;
+  }
 }
 
 RunResult ToolRunner::Shell(std::string line) const {
@@ -68,6 +96,10 @@ std::size_t ToolRunner::FileCount() const {
 bool CanBeTyped(std::string_view arguments) {
   return std::filesystem::path::preferred_separator == '/' ||
          std::all_of(arguments.begin(), arguments.end(), [](char c) { return (c & 0x80) == 0; });
+}
+
+std::string Contents(const std::filesystem::path& path) {
+  return ContentOf(PathFromUtf8(path.string()));
 }
 
 std::vector<Json> JsonLines(std::string_view text) {

@@ -1,6 +1,7 @@
 // Runs the built tool as a user does.
 #pragma once
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
@@ -18,6 +19,15 @@ struct RunResult {
   std::string err;
 };
 
+// One run of the tool and what it must do.
+struct Step {
+  std::string_view arguments;
+  std::string_view input = {};  // standard input
+  std::string_view out = {};    // standard output, all of it, or a part
+  int status = 0;
+  std::string_view err = {};  // a part of standard error; empty: nothing is said
+};
+
 // A folder of its own for each test, in which the tool runs.
 class ToolRunner {
  public:
@@ -27,6 +37,9 @@ class ToolRunner {
   // Arguments are separated by spaces; what needs quotation marks brings its own. Messages are in
   // English unless the arguments choose.
   RunResult Run(std::string_view arguments, std::string_view input = {}) const;
+  // Runs steps in their order and compares; what cannot be typed is left out.
+  enum class Out { kWhole, kPart };
+  void Check(std::initializer_list<Step> steps, Out out = Out::kWhole) const;
   // What a POSIX shell makes of a line in which LUMR stands for the tool; only the status and
   // standard error count.
   RunResult Shell(std::string line) const;
@@ -47,6 +60,9 @@ class ToolRunner {
 // Whether the shell hands arguments on as they stand: cmd.exe reads a command line of bytes in the
 // system's code page, which may be any, so there they have to be ASCII.
 bool CanBeTyped(std::string_view arguments);
+
+// The content of a file outside the runner's folder.
+std::string Contents(const std::filesystem::path& path);
 
 std::vector<Json> JsonLines(std::string_view text);
 

@@ -3,70 +3,43 @@
 
 #include <random>
 
+#include "charset/convert_text.h"
 #include "charset/corpus.h"
-#include "lumrmisc/charset/convert.h"
 #include "tool/tool_runner.h"
 
 namespace lumr::test {
 
-namespace {
-
-std::string InCharset(CodeType codeType, std::string_view utf8) {
-  CBuffer text;
-  ConvertToOtherCodeType2(CT_UTF8, utf8, codeType, text);
-  return std::string(text.Bytes());
-}
-
-}  // namespace
-
 TEST(Wrap, TurnsLines) {
-  const struct {
-    const char* arguments;
-    std::string input;
-    int status;
-    std::string_view out;
-    std::string_view err;  // a part of it
-  } cases[] = {
-      {"wrap -w 6", "あい「う\nabc def", 0, "あい\n「う\nabc \ndef", ""},
-      {"wrap -w 6", "あいう。\r\n\r\nあいう。。\r\n", 0, "あいう。\r\n\r\nあい\r\nう。。\r\n", ""},
-      {"wrap -w 6", "あいうえ\rx", 0, "あいう\rえ\rx", ""},
-      {"wrap -w 6 -", InCharset(CT_SJIS, "かなかな\n"), 0, "かなか\nな\n", ""},
-      {"wrap -w 6", InCharset(CT_JIS, "漢字かな\n"), 0, "漢字か\nな\n", ""},
-      {"wrap -w 6 -f euc-jp", InCharset(CT_EUC, "漢字かな\n"), 0, "漢字か\nな\n", ""},
-      {"wrap -w 8 --quote \"> \"", "あいうえ\n\nx\n", 0, "> あいう\n> え\n> \n> x\n", ""},
-      {"wrap -w 4", "> あいうえお\n", 0, "> あいうえお\n", ""},  // quoted: left alone
-      {"wrap -w 4", "あhttp://a.jp/。次\n", 0, "あ\nhttp://a.jp/。\n次\n", ""},
-      {"wrap -w 1", "😀a😀", 0, "😀\na\n😀", ""},
-      {"wrap -w 3", "", 0, "", ""},
-      {"wrap", std::string("a\0b\x01\n", 5), 0, std::string_view("a\0b\x01\n", 5), ""},
-      {"wrap --explain -w 6", "あい「う\nabc\n", 0,
+  ToolRunner().Check({
+      {"wrap -w 6", "あい「う\nabc def", "あい\n「う\nabc \ndef"},
+      {"wrap -w 6", "あいう。\r\n\r\nあいう。。\r\n", "あいう。\r\n\r\nあい\r\nう。。\r\n"},
+      {"wrap -w 6", "あいうえ\rx", "あいう\rえ\rx"},
+      {"wrap -w 6 -", Encoded("かなかな\n", CT_SJIS), "かなか\nな\n"},
+      {"wrap -w 6", Encoded("漢字かな\n", CT_JIS), "漢字か\nな\n"},
+      {"wrap -w 6 -f euc-jp", Encoded("漢字かな\n", CT_EUC), "漢字か\nな\n"},
+      {"wrap -w 8 --quote \"> \"", "あいうえ\n\nx\n", "> あいう\n> え\n> \n> x\n"},
+      {"wrap -w 4", "> あいうえお\n", "> あいうえお\n"},  // quoted: left alone
+      {"wrap -w 4", "あhttp://a.jp/。次\n", "あ\nhttp://a.jp/。\n次\n"},
+      {"wrap -w 1", "😀a😀", "😀\na\n😀"},
+      {"wrap -w 3"},
+      {"wrap", std::string("a\0b\x01\n", 5), std::string_view("a\0b\x01\n", 5)},
+      {"wrap --explain -w 6", "あい「う\nabc\n",
        "1\t4\tあい\tback, for what must not begin or end a line\n1\t4\t「う\tend of the line\n"
-       "2\t3\tabc\tend of the line\n",
-       ""},
-      {"wrap --json -w 6", "あいう。x", 0,
+       "2\t3\tabc\tend of the line\n"},
+      {"wrap --json -w 6", "あいう。x",
        "{\"line\":1,\"columns\":8,\"text\":\"あいう。\",\"rules\":[\"hang\"]}\n"
-       "{\"line\":1,\"columns\":1,\"text\":\"x\",\"rules\":[]}\n",
-       ""},
-      {"wrap -w 0", "x", 2, "", "wrong usage"},
-      {"wrap -w -5", "x", 2, "", "wrong usage"},
-      {"wrap -w many", "x", 2, "", "wrong usage"},
-      {"wrap -f x-none", "x", 2, "", "unknown charset 'x-none'"},
-      {"wrap -f utf-8", "a\xFF\n", 1, "a\xEF\xBF\xBD\n", "cannot be read as UTF-8 were replaced"},
-      {"unwrap -w 6", "あいう\nえお\n次の\n行\n", 0, "あいうえお\n次の\n行\n", ""},
-      {"unwrap -w 6", "あい\n「う\n", 0, "あい「う\n", ""},
-      {"unwrap -w 6", "あい\nうえ\n", 0, "あい\nうえ\n", ""},  // both fit one line
-      {"unwrap -w 6", "abc \ndef\n\nx", 0, "abc def\n\nx", ""},
-      {"unwrap -w 4", "> あいう\nえお\n", 0, "> あいう\nえお\n", ""},
-  };
-  const ToolRunner tool;
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.arguments);
-    const RunResult result = tool.Run(c.arguments, c.input);
-    EXPECT_EQ(result.status, c.status);
-    EXPECT_EQ(result.out, c.out);
-    EXPECT_EQ(result.err.empty(), c.err.empty());
-    EXPECT_NE(result.err.find(c.err), std::string::npos) << result.err;
-  }
+       "{\"line\":1,\"columns\":1,\"text\":\"x\",\"rules\":[]}\n"},
+      {"wrap -w 0", "x", "", 2, "wrong usage"},
+      {"wrap -w -5", "x", "", 2, "wrong usage"},
+      {"wrap -w many", "x", "", 2, "wrong usage"},
+      {"wrap -f x-none", "x", "", 2, "unknown charset 'x-none'"},
+      {"wrap -f utf-8", "a\xFF\n", "a\xEF\xBF\xBD\n", 1, "cannot be read as UTF-8 were replaced"},
+      {"unwrap -w 6", "あいう\nえお\n次の\n行\n", "あいうえお\n次の\n行\n"},
+      {"unwrap -w 6", "あい\n「う\n", "あい「う\n"},
+      {"unwrap -w 6", "あい\nうえ\n", "あい\nうえ\n"},  // both fit one line
+      {"unwrap -w 6", "abc \ndef\n\nx", "abc def\n\nx"},
+      {"unwrap -w 4", "> あいう\nえお\n", "> あいう\nえお\n"},
+  });
 }
 
 // Of any text: what wrapping parts, joining parts again in the same places.

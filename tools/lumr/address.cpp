@@ -1,6 +1,7 @@
 // lumr address: addresses and lists of them.
 #include "lumrmisc/mailtext/address.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,7 @@
 #include "json.h"
 #include "lumrmisc/buffer/texttool.h"
 #include "lumrmisc/charset/codetype.h"
+#include "lumrmisc/mailtext/addressheader.h"
 #include "lumrmisc/platform/messages.h"
 #include "lumrmisc/platform/unicode.h"
 #include "outgoing.h"
@@ -99,13 +101,17 @@ void Check(Session& session, AddressOptions& options) {
 // ---- split, parse ----
 
 // Tells what is left open, and where the entry begins that holds it: the last one.
-void TellOpen(Session& session, std::u16string_view list, std::u16string_view entry,
-              std::u16string_view message) {
+void TellOpen(Session& session, std::u16string_view list, const std::string& entry,
+              unsigned message) {
   session.Raise(kLost);
-  while (IsUnitSpace(list.back())) list.remove_suffix(1);
-  const std::string number = CharacterNumber(list, list.size() - entry.size());
-  const std::u16string_view sentence = message.substr(0, message.find(u'\n'));
-  session.Tell({}, Utf8(sentence) + Text(Say::kAtCharacter, {number, SafeLine(Utf8(entry))}));
+  CStringW last;
+  long long bad = 0;
+  Utf16Of(entry, last, bad);
+  while (!list.empty() && IsUnitSpace(list.back())) list.remove_suffix(1);
+  const std::size_t size = std::min(last.size(), list.size());
+  session.Tell({}, MessageTextUtf8(message) +
+                       Text(Say::kAtCharacter,
+                            {CharacterNumber(list, list.size() - size), SafeLine(entry)}));
 }
 
 // Calls take for each entry of the lists.
@@ -114,32 +120,25 @@ void ForEachEntry(Session& session, const AddressOptions& options, Take take) {
   ForEachValue(session, options.values, true, [&](std::string_view value) {
     CStringW list;
     if (!ReadValue(session, value, list)) return;
-    CArray<CStringW> entries;
-    CStringW message;
-    const bool isWhole = GetAddrArray2(list.c_str(), entries, message) != 0;
-    for (const CStringW& entry : entries) take(Utf8(entry));
-    if (!isWhole) TellOpen(session, list, entries.back(), message);
+    CArray<HeaderAddress> entries;
+    const unsigned message = ReadAddressHeader(value, entries, "UTF-8");
+    for (const HeaderAddress& entry : entries) take(entry);
+    if (message != 0) TellOpen(session, list, entries.back().entry, message);
   });
 }
 
 void Split(Session& session, AddressOptions& options) {
-  ForEachEntry(session, options, [&session](const std::string& entry) {
-    session.Write(session.json ? JsonLine({{"entry", JsonText(entry)}}) : SafeLine(entry) + '\n');
+  ForEachEntry(session, options, [&session](const HeaderAddress& entry) {
+    session.Write(session.json ? JsonLine({{"entry", JsonText(entry.entry)}})
+                               : SafeLine(entry.entry) + '\n');
   });
 }
 
 void Parse(Session& session, AddressOptions& options) {
-  // In a single-byte page the bytes of UTF-8 are characters like any other.
-  const CApplyLocale locale(CT_WIN1252);
-  ForEachEntry(session, options, [&session](const std::string& entry) {
-    CStringA address;
-    CStringA name;
-    CStringA message;
-    SplitMailAddr(entry, address, name, message);
-    const std::string text = DecodedHeader(name);
-    session.Write(session.json
-                      ? JsonLine({{"address", JsonText(address)}, {"name", JsonText(text)}})
-                      : SafeLine(address) + '\t' + SafeLine(text) + '\n');
+  ForEachEntry(session, options, [&session](const HeaderAddress& entry) {
+    session.Write(session.json ? JsonLine({{"address", JsonText(entry.address)},
+                                           {"name", JsonText(entry.name)}})
+                               : SafeLine(entry.address) + '\t' + SafeLine(entry.name) + '\n');
   });
 }
 

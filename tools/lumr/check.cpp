@@ -107,7 +107,7 @@ class DraftChecker {
     for (const HeaderField& field : fields) {
       const std::string name(field.name);
       if (IsOneOf(kAddressFields, name)) {
-        hasRecipient = CheckAddresses(name, field.value) || hasRecipient;
+        hasRecipient = CheckAddresses(name, field.value, RawCharset(fields)) || hasRecipient;
       } else if (SameName(name, "Subject")) {
         CheckText(name, DecodeHeaderValue(field.value), false);
       }
@@ -120,10 +120,11 @@ class DraftChecker {
   }
 
   // Whether the field names somebody whom the message goes to.
-  bool CheckAddresses(const std::string& field, std::string_view value) {
+  bool CheckAddresses(const std::string& field, std::string_view value,
+                      const std::string& rawCharset) {
     std::vector<Mailbox> mailboxes;
     std::vector<MailboxProblem> problems;
-    ReadMailboxes(value, mailboxes, problems);
+    ReadMailboxes(value, rawCharset, mailboxes, problems);
     for (const MailboxProblem& problem : problems) {
       const std::string entry =
           problem.entry.empty() ? std::string() : SafeLine(problem.entry) + ": ";
@@ -238,9 +239,14 @@ Runner AddCheck(CLI::App& command) {
       }
     }
     for (const std::string& draft : options->drafts) {
+      bool isEmpty = true;
       ForEachMail(session, draft, [&](const MailOrigin& origin, MailBytes& bytes) {
+        isEmpty = false;
         DraftChecker(session, wanted, origin.file).Check(bytes);
       });
+      if (!isEmpty || session.Status() != kDone) continue;
+      session.Tell(draft, Say::kNoMessages);
+      session.Raise(kLost);
     }
   };
 }

@@ -177,9 +177,11 @@ class Converter {
     if (options_.report && from_.codeType == CT_UNKNOWN) {
       session_.Tell(name, Say::kDetectedAs, {CharSetCode2Name(from)});
     }
-    if (report.Replaced() > 0) TellLosses(name, ConversionLossKind::kReplaced, report);
+    if (report.Replaced() > 0) TellLosses(name, from, ConversionLossKind::kReplaced, report);
     const bool fitsMatter = options_.report || options_.strict;
-    if (fitsMatter && report.Fits() > 0) TellLosses(name, ConversionLossKind::kFit, report);
+    if (fitsMatter && report.Fits() > 0) {
+      TellLosses(name, from, ConversionLossKind::kFit, report);
+    }
     if (!options_.report) return;
     for (const ConversionLoss& loss : report.First()) {
       const bool replaced = loss.kind == ConversionLossKind::kReplaced;
@@ -192,7 +194,7 @@ class Converter {
     if (report.IsEmpty()) session_.Tell(name, Say::kReportExact);
   }
 
-  void TellLosses(const std::string& name, ConversionLossKind kind,
+  void TellLosses(const std::string& name, CodeType from, ConversionLossKind kind,
                   const CConversionReport& report) {
     const bool replaced = kind == ConversionLossKind::kReplaced;
     std::string offsets;
@@ -204,8 +206,13 @@ class Converter {
     }
     const long long count = replaced ? report.Replaced() : report.Fits();
     if (count > static_cast<long long>(told)) offsets += ", ...";
-    session_.Tell(name, replaced ? Say::kLostCharacters : Say::kFittedCharacters,
-                  {Grouped(count), CharSetCode2Name(to_), offsets});
+    // A charset of all characters lacks none: what was replaced could not be read.
+    const bool unread = replaced && (to_ == CT_UTF8 || to_ == CT_UTF7 || to_ == CT_UNICODE);
+    session_.Tell(name,
+                  unread     ? Say::kUnreadCharacters
+                  : replaced ? Say::kLostCharacters
+                             : Say::kFittedCharacters,
+                  {Grouped(count), CharSetCode2Name(unread ? from : to_), offsets});
   }
 
   // Standard output is free for reports only when the text goes into files.

@@ -232,7 +232,7 @@ void AddPlaceOptions(CLI::App& command, Arguments& arguments) {
   command.add_flag("-l,--files-with-matches", options.filesOnly, Text(Say::kGrepFiles));
   command.add_option("--color", options.color, Text(Say::kGrepColor))
       ->type_name("auto|always|never")
-      ->check(CLI::IsMember({"auto", "always", "never"}));
+      ->check(CLI::IsMember({"auto", "always", "never"}).description(""));
 }
 
 }  // namespace

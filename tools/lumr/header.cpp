@@ -1,4 +1,5 @@
 // lumr header: header values to text and back.
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -82,12 +83,23 @@ void EncodeOne(Session& session, const HeaderOptions& options, const HeaderEncod
   }
 }
 
+// A field's name is of printable ASCII without a colon (RFC 5322, 2.2).
+bool CheckFieldName(Session& session, const std::string& name) {
+  if (std::ranges::all_of(name, [](char c) { return c > ' ' && c < '\x7F' && c != ':'; })) {
+    return true;
+  }
+  session.Tell({}, Say::kBadFieldName, {SafeLine(name)});
+  session.Raise(kFailed);
+  return false;
+}
+
 void Encode(Session& session, HeaderOptions& options) {
   HeaderEncoding encoding;
   encoding.isName = options.isName;
   if (!FindCharset(session, options.charset, encoding.codeType) ||
       !FindKind(session, options.kind, encoding.kind) ||
-      !CheckHeaderOption(session, "--field", options.field)) {
+      !CheckHeaderOption(session, "--field", options.field) ||
+      !CheckFieldName(session, options.field)) {
     return;
   }
   for (const std::string& value : options.values) {

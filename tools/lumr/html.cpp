@@ -217,7 +217,7 @@ void TellRemoval(Session& session, const std::string& file, const SafeHtmlRemova
     if (!removal.value.empty()) object["value"] = JsonText(Utf8(removal.value));
     return TellObject(session, object);
   }
-  const std::string name = removal.name.empty() ? "" : ' ' + SafeLine(Utf8(removal.name));
+  const std::string name = removal.name.empty() ? "" : ": " + SafeLine(Utf8(removal.name));
   const std::string value = removal.value.empty() ? "" : ' ' + SafeLine(Utf8(removal.value));
   session.Tell(file, Say::kHtmlRemoved,
                {Grouped(static_cast<long long>(removal.offset)), Text(row.what), name + value});

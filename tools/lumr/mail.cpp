@@ -5,8 +5,8 @@
 #include <new>
 #include <utility>
 
-#include "headerfields.h"
 #include "lumrmisc/html/htmlcharset.h"
+#include "lumrmisc/mailtext/addressheader.h"
 #include "mimepart.h"
 #include "uublocks.h"
 
@@ -68,15 +68,6 @@ bool IsPlainAscii(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return c != '\x1B' && c > 0; });
 }
 
-// Who writes raw text into headers writes it in the charset of the body.
-std::string RawCharset(const std::vector<HeaderField>& fields) {
-  for (const HeaderField& field : fields) {
-    if (!SameName(field.name, "Content-Type")) continue;
-    return ParameterHeader(field.value, {}).Parameter("charset");
-  }
-  return {};
-}
-
 MailHeaders ReadHeaders(const std::vector<HeaderField>& fields) {
   MailHeaders headers;
   for (const HeaderField& field : fields) {
@@ -85,7 +76,8 @@ MailHeaders ReadHeaders(const std::vector<HeaderField>& fields) {
     std::string& value = headers.*row->member;
     if (!row->joined && !value.empty()) continue;
     const std::string charset = IsPlainAscii(field.value) ? std::string() : RawCharset(fields);
-    const std::string decoded = DecodedHeader(field.value, charset);
+    const std::string decoded = row->joined ? DecodeAddressHeaderUtf8(field.value, charset)
+                                            : DecodedHeader(field.value, charset);
     if (!value.empty() && !decoded.empty()) value += ", ";
     value += decoded;
   }
@@ -145,7 +137,11 @@ class MailReader {
     }
     const LentBytes array(bytes);  // outlives what GMime makes of it
     const Held<GMimeMessage> message(Parse(array, bytes.View()));
-    if (message == nullptr) return Skip(id, "message/rfc822", Say::kNoContent);
+    if (message == nullptr) {
+      // Cut off inside its header: the fields before the cut are all that there is.
+      if (!isProper) headers = ReadHeaders(fields);
+      return Skip(id, "message/rfc822", Say::kNoContent);
+    }
     if (!isProper) headers = ReadHeaders(FieldsOf(message.get()));
     const std::string_view outer = std::exchange(bytes_, bytes.View());
     const char* const outerBoundary = std::exchange(boundary_, nullptr);
@@ -474,6 +470,14 @@ void MailBytes::append(std::string_view bytes) {
   const std::size_t used = size_;
   resize(used + bytes.size());
   if (!bytes.empty()) std::memcpy(data_ + used, bytes.data(), bytes.size());
+}
+
+std::string RawCharset(const std::vector<HeaderField>& fields) {
+  for (const HeaderField& field : fields) {
+    if (!SameName(field.name, "Content-Type")) continue;
+    return ParameterHeader(field.value, {}).Parameter("charset");
+  }
+  return {};
 }
 
 bool LooksLikeMail(std::string_view bytes) {

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "headerfields.h"
 #include "textdecode.h"
 #include "texts.h"
 
@@ -82,6 +83,10 @@ struct Mail {
   std::vector<std::unique_ptr<MailBytes>> inner;  // messages that stood encoded inside
   bool isMail = false;
 };
+
+// The charset of raw text in a header, as far as the header tells: who writes raw text there writes
+// it in the charset of the body.
+std::string RawCharset(const std::vector<HeaderField>& fields);
 
 // Whether the bytes begin as a message does, with a header field (or a "From " line).
 bool LooksLikeMail(std::string_view bytes);

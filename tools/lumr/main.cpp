@@ -1,4 +1,5 @@
 // lumr: what the library does, on real mail.
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <new>
@@ -6,8 +7,10 @@
 #include <vector>
 
 #include "command.h"
+#include "helpformat.h"
 #include "lumrmisc/platform/terminal.h"
 #include "safetext.h"
+#include "usageerror.h"
 
 namespace lumr::tool {
 
@@ -58,7 +61,8 @@ std::string_view LanguageOption(const std::vector<std::string>& arguments) {
 }
 
 void Translate(CLI::App& app) {
-  const auto formatter = app.get_formatter();
+  const auto formatter = std::make_shared<HelpFormat>();
+  app.formatter(formatter);
   formatter->label("Usage", Text(Say::kUsage));
   formatter->label("OPTIONS", Text(Say::kOption));
   formatter->label("SUBCOMMAND", Text(Say::kCommand));
@@ -73,18 +77,10 @@ void AddCommonOptions(CLI::App& app, Session& session) {
   app.add_option("--lang", session.language, Text(Say::kOptLang))->type_name("ja|en");
 }
 
-// The sentence for a command line that makes no sense.
-int TellUsage(Session& session, const CLI::App& app, const CLI::ParseError& error) {
-  std::string name = "lumr";
-  for (const CLI::App* sub : app.get_subcommands()) name += ' ' + sub->get_name();
-  session.Tell({}, Say::kUsageError, {SafeLine(error.what())});
-  session.Tell({}, Say::kTryHelp, {name});
-  return kFailed;
-}
-
 class Tool {
  public:
-  explicit Tool(Session& session) : session_(session), app_(Text(Say::kAbout), "lumr") {
+  Tool(Session& session, const std::vector<std::string>& arguments)
+      : session_(session), app_(Text(Say::kAbout), "lumr") {
     Translate(app_);
     AddCommonOptions(app_, session);
     app_.set_version_flag("--version", "lumr " LUMR_VERSION, Text(Say::kOptVersion));
@@ -94,6 +90,8 @@ class Tool {
       CLI::App* const sub = app_.add_subcommand(command.name, Text(command.help));
       const bool isMissing = command.readsMail && !kHasMailCommands;
       sub->group(isMissing ? "" : Text(Say::kCommands));  // an empty name hides it
+      // To declare all options takes as long as many a command does.
+      if (std::ranges::find(arguments, command.name) == arguments.end()) continue;
       sub->footer(Text(Say::kExamples) + ":\n" + Text(command.examples));
       runners_.push_back({sub, command.add(*sub)});
       AddCommonOptions(*sub, session);
@@ -135,7 +133,7 @@ int RunTool(Session& session, const std::vector<std::string>& arguments) {
     return kFailed;
   }
   try {
-    const int status = Tool(session).Run(arguments);
+    const int status = Tool(session, arguments).Run(arguments);
     session.Flush();
     session.EndProgress();
     return status;

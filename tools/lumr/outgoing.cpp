@@ -9,9 +9,9 @@
 #include "lumrmisc/buffer/texttool.h"
 #include "lumrmisc/charset/convert.h"
 #include "lumrmisc/mailtext/address.h"
+#include "lumrmisc/mailtext/addressheader.h"
 #include "lumrmisc/mailtext/body.h"
 #include "lumrmisc/mailtext/headerencode.h"
-#include "lumrmisc/mailtext/headerword.h"
 #include "lumrmisc/mailtext/preflight.h"
 #include "lumrmisc/platform/codepage.h"
 #include "lumrmisc/platform/messages.h"
@@ -32,7 +32,12 @@ bool IsAscii(std::u16string_view text) {
 
 // What no message can be sent to. address is UTF-8, but the rules speak of Shift_JIS.
 std::string AddressFault(const std::string& address) {
-  const auto isBad = [](char c) { return c <= ' ' || c >= '\x7F'; };
+  // Signs of lists, a colon but in "@[IPv6:...]" among them.
+  const std::size_t literal = address.find("@[");
+  const auto isBad = [&](const char& c) {
+    const auto pos = static_cast<std::size_t>(&c - address.data());
+    return c <= ' ' || c >= '\x7F' || c == ',' || (c == ':' && pos < literal);
+  };
   constexpr unsigned kNoAt = 3104;
   if (address.empty()) return MessageTextUtf8(kNoAt);  // the entry is taken for a name
   CStringW text;
@@ -44,6 +49,20 @@ std::string AddressFault(const std::string& address) {
   const auto bad = std::find_if(address.begin(), address.end(), isBad);
   if (bad == address.end()) return {};
   return Text(Say::kAddressCharacter, {std::to_string(bad - address.begin() + 1)});
+}
+
+// Appends a mailbox of texts in UTF-8, or the problem that it has; entry is what they stand in.
+void TakeMailbox(const std::string& address, const std::string& name, const std::string& entry,
+                 std::vector<Mailbox>& mailboxes, std::vector<MailboxProblem>& problems) {
+  const std::string fault = AddressFault(address);
+  if (!fault.empty()) {
+    problems.push_back({DecodeAddressHeaderUtf8(entry, "UTF-8"), fault});
+    return;
+  }
+  Mailbox& mailbox = mailboxes.emplace_back();
+  mailbox.address = address;
+  long long bad = 0;
+  Utf16Of(name, mailbox.name, bad);
 }
 
 // ---- Header fields ----
@@ -204,43 +223,27 @@ void ParseMailboxes(std::string_view utf8, std::vector<Mailbox>& mailboxes,
   const CApplyLocale singleByte(CT_WIN1252);
   CStringArray entries;
   CStringA message;
-  if (GetAddrArray2(utf8, entries, message) == 0) {
+  if (GetAddrArray3(utf8, entries, message) == 0) {
     problems.push_back({{}, Text(Say::kAddressUnclosed)});
     return;
   }
   for (const CStringA& entry : entries) {
-    Mailbox mailbox;
+    CStringA address;
     CStringA name;
-    SplitMailAddr(entry, mailbox.address, name, message);
-    const std::string fault = AddressFault(mailbox.address);
-    long long bad = 0;
-    Utf16Of(name, mailbox.name, bad);
-    if (fault.empty()) {
-      mailboxes.push_back(std::move(mailbox));
-    } else {
-      problems.push_back({entry, fault});
-    }
+    SplitMailAddr(entry, address, name, message);
+    TakeMailbox(address, name, entry, mailboxes, problems);
   }
 }
 
-void ReadMailboxes(std::string_view raw, std::vector<Mailbox>& mailboxes,
-                   std::vector<MailboxProblem>& problems) {
-  const auto isPlain = [](char c) { return c > 0 && c != '\x1B'; };
-  CStringW text;
-  long long bad = 0;
-  const bool isMixedUtf8 = raw.find("=?") != raw.npos &&
-                           raw.find_first_of({"\x1B\0", 2}) == raw.npos && Utf16Of(raw, text, bad);
-  if (!isMixedUtf8 && !std::all_of(raw.begin(), raw.end(), isPlain)) {
-    return ParseMailboxes(DecodedHeader(raw), mailboxes, problems);
+void ReadMailboxes(std::string_view raw, std::string_view rawCharset,
+                   std::vector<Mailbox>& mailboxes, std::vector<MailboxProblem>& problems) {
+  CArray<HeaderAddress> entries;
+  if (ReadAddressHeader(raw, entries, rawCharset) != 0) {
+    problems.push_back({{}, Text(Say::kAddressUnclosed)});
+    return;
   }
-  // Split before the encoded words are read, since names may hold commas.
-  std::string unfolded(raw);
-  std::erase_if(unfolded, [](char c) { return c == '\r' || c == '\n'; });
-  const std::size_t first = mailboxes.size();
-  ParseMailboxes(unfolded, mailboxes, problems);
-  for (std::size_t i = first; i < mailboxes.size(); ++i) {
-    CStringW& name = mailboxes[i].name;
-    name = DecodeHeaderValue(Utf8(name), "UTF-8");
+  for (const HeaderAddress& entry : entries) {
+    TakeMailbox(entry.address, entry.name, entry.entry, mailboxes, problems);
   }
 }
 

@@ -37,14 +37,15 @@ struct MailboxProblem {
   std::string what;   // a sentence
 };
 
-// Splits a list of addresses in UTF-8 ("Name <a@b>, c@d") and appends its entries to mailboxes.
-// Entries that no message can be sent to are left out and named in problems.
+// Splits a list of addresses in UTF-8 ("Name <a@b>, c@d", "Team: a@b, c@d;") and appends its
+// entries to mailboxes. Entries that no message can be sent to are left out and named in problems.
 void ParseMailboxes(std::string_view utf8, std::vector<Mailbox>& mailboxes,
                     std::vector<MailboxProblem>& problems);
 
-// The same with a raw header value, which may be folded, hold encoded words, or be raw Japanese.
-void ReadMailboxes(std::string_view raw, std::vector<Mailbox>& mailboxes,
-                   std::vector<MailboxProblem>& problems);
+// The same with a raw header value, which may be folded, hold encoded words, or be raw Japanese in
+// rawCharset (see DecodeHeaderValue).
+void ReadMailboxes(std::string_view raw, std::string_view rawCharset,
+                   std::vector<Mailbox>& mailboxes, std::vector<MailboxProblem>& problems);
 
 // The charset that a mail is sent in.
 struct SendCharset {

@@ -7,6 +7,7 @@
 #include "lumrmisc/charset/codetype.h"
 #include "safetext.h"
 #include "textprinter.h"
+#include "wraplines.h"
 
 namespace lumr::tool {
 
@@ -23,13 +24,18 @@ constexpr HeaderLine kHeaderLines[] = {
     {"Subject: ", "subject", &MailHeaders::subject},
 };
 
-void AppendHeaders(const MailHeaders& headers, std::string& out) {
+// Long values go on below their beginning. columns: where they are turned; 0: nowhere.
+void AppendHeaders(const MailHeaders& headers, int columns, std::string& out) {
+  constexpr int kIndent = 9;
+  constexpr int kNarrowest = 20;  // of a value that is worth turning
   for (const HeaderLine& line : kHeaderLines) {
     const std::string& value = headers.*line.member;
     if (value.empty()) continue;
-    out += line.label;
-    AppendSafe(value, SafeForm::kOneLine, out);
-    out += '\n';
+    std::vector<std::string> lines = {SafeLine(value)};
+    if (columns - kIndent >= kNarrowest) lines = TurnedLines(lines[0], columns - kIndent);
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+      out += (i == 0 ? std::string(line.label) : std::string(kIndent, ' ')) + lines[i] + '\n';
+    }
   }
 }
 
@@ -163,12 +169,12 @@ std::string SentenceOf(const MailNote& note) {
 void PrintMailText(Mail& mail, const TextLook& look, Session& session) {
   TextPrinter printer(look, session);
   std::string out;
-  AppendHeaders(mail.headers, out);
+  AppendHeaders(mail.headers, look.columns, out);
   bool first = true;
   for (const MailPart& part : mail.parts) {
     if (part.kind == PartKind::kMessage) {
       AppendRule(part, Text(Say::kAttachedMessage), out);
-      AppendHeaders(part.headers, out);
+      AppendHeaders(part.headers, look.columns, out);
       first = true;
       continue;
     }

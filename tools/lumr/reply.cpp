@@ -50,6 +50,12 @@ class OriginalHeader {
     return {};
   }
 
+  // The field's addresses; an entry that is none is named in problems.
+  void Addresses(std::string_view name, std::vector<Mailbox>& mailboxes,
+                 std::vector<MailboxProblem>& problems) const {
+    ReadMailboxes(Raw(name), RawCharset(fields_), mailboxes, problems);
+  }
+
  private:
   std::string bytes_;
   std::vector<HeaderField> fields_;
@@ -283,7 +289,7 @@ class Replier {
     const OriginalText original = ReadText(mail);
     std::vector<Mailbox> from;
     std::vector<MailboxProblem> ignored;
-    ReadMailboxes(header.Raw("From"), from, ignored);
+    header.Addresses("From", from, ignored);
     if (original.text.empty()) {
       session_.Tell(options_.mail, Say::kNothingToQuote);
     } else {
@@ -302,7 +308,7 @@ class Replier {
     std::vector<MailboxProblem> problems;
     for (const char* const field : {"Reply-To", "From"}) {
       if (!to.empty()) break;
-      ReadMailboxes(header.Raw(field), to, problems);
+      header.Addresses(field, to, problems);
     }
     for (const MailboxProblem& problem : problems) {
       session_.Tell(options_.mail, Say::kBadAddressInMail, {SafeLine(problem.entry), problem.what});

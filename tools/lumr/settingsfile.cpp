@@ -62,6 +62,18 @@ bool IsByteText(std::string_view bytes) {
          (IsUTF8(bytes) != 0 || std::none_of(bytes.begin(), bytes.end(), isHigh));
 }
 
+// Whether the bytes are text of another kind than that of a setting data file.
+bool IsOtherText(const SettingsBytes& settings) {
+  return settings.form != SettingsForm::kText && settings.form != SettingsForm::kEmpty &&
+         IsByteText(settings.bytes);
+}
+
+bool TellOtherText(Session& session, const std::string& file) {
+  session.Tell(file, Say::kNotSettings);
+  session.Raise(kLost);
+  return false;
+}
+
 // As much of a defect's text as helps to find it.
 std::string Excerpt(std::u16string_view text) {
   constexpr std::size_t kMost = 60;  // UTF-16 units
@@ -105,15 +117,13 @@ bool SettingsText(Session& session, KeySource& keys, const std::string& file,
                   const SettingsBytes& settings, CBuffer& plain, std::string_view& text) {
   text = settings.bytes;
   const bool mayBeEnciphered = settings.form == SettingsForm::kDamaged && keys.IsGiven();
-  if (settings.form != SettingsForm::kText && !keys.IsGiven() && IsByteText(settings.bytes) &&
-      settings.form != SettingsForm::kEmpty) {
-    session.Tell(file, Say::kNotSettings);
-    session.Raise(kLost);
-    return false;
-  }
+  if (!keys.IsGiven() && IsOtherText(settings)) return TellOtherText(session, file);
   if (settings.form != SettingsForm::kEnciphered && !mayBeEnciphered) return true;
   const Secret* const key = keys.Get(session);
-  if (key == nullptr) return false;
+  if (key == nullptr) {
+    session.Tell(file, Say::kNotDeciphered);
+    return false;
+  }
   CStringA message;
   if (DecodeBlowFish(key->Text(), reinterpret_cast<const unsigned char*>(text.data()),
                      static_cast<int>(text.size()), plain, message) == 0) {
@@ -153,6 +163,7 @@ SettingsTarget::SettingsTarget(Session& session, std::string file)
 bool SettingsTarget::FindForm(bool exists, bool hasReserve) {
   SettingsBytes settings;
   if (exists && !ReadSettings(session_, file_, settings)) return false;
+  if (!hasReserve && IsOtherText(settings)) return TellOtherText(session_, file_);
   const bool isTelling =
       settings.form == SettingsForm::kText || settings.form == SettingsForm::kEnciphered;
   if (!isTelling && hasReserve && !ReadSettings(session_, PathToUtf8(reserve_), settings)) {

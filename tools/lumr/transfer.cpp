@@ -7,6 +7,8 @@
 #include "json.h"
 #include "lumrmisc/charset/transcoder.h"
 #include "lumrmisc/mailtext/transfercoder.h"
+#include "outgoing.h"
+#include "safetext.h"
 
 namespace lumr::tool {
 
@@ -140,7 +142,7 @@ void RunTransfer(Session& session, TransferOptionValues& values, bool encode) {
   const EncodingRow* const row = FindEncoding(values.encoding);
   if (row == nullptr || (encode && row->encoding == TransferEncoding::kBinHex)) {
     session.Tell({}, row == nullptr ? Say::kUnknownEncoding : Say::kBinHexDecodeOnly,
-                 {values.encoding});
+                 {SafeLine(values.encoding)});
     session.Raise(kFailed);
     return;
   }
@@ -161,6 +163,25 @@ void RunTransfer(Session& session, TransferOptionValues& values, bool encode) {
   }
 }
 
+// Options that one encoding has; with another they would be ignored in silence.
+struct OptionRow {
+  const char* option;
+  std::string_view encoding;
+};
+constexpr OptionRow kOptions[] = {
+    {"--wrap", "base64"}, {"--binary", "qp"}, {"--all", "hex"}, {"--name", "uu"}};
+
+bool CheckOptions(Session& session, const CLI::App& command, const TransferOptionValues& values) {
+  if (FindEncoding(values.encoding) == nullptr) return true;  // is told elsewhere
+  for (const OptionRow& row : kOptions) {
+    if (row.encoding == values.encoding || command.count(row.option) == 0) continue;
+    session.Tell({}, Say::kOptionOfEncoding, {row.option, row.encoding});
+    session.Raise(kFailed);
+    return false;
+  }
+  return CheckHeaderOption(session, "--name", values.options.uuName);
+}
+
 std::shared_ptr<TransferOptionValues> AddCommon(CLI::App& command, Say kind, Say file) {
   auto values = std::make_shared<TransferOptionValues>();
   command.add_option("ENCODING", values->encoding, Text(kind))->required()->type_name("");
@@ -178,7 +199,9 @@ Runner AddEncode(CLI::App& command) {
   command.add_flag("--binary", values->binary, Text(Say::kEncodeBinary));
   command.add_flag("--all", values->options.encodeAll, Text(Say::kEncodeAll));
   command.add_option("--name", values->options.uuName, Text(Say::kEncodeName))->type_name("NAME");
-  return [values](Session& session) { RunTransfer(session, *values, true); };
+  return [values, &command](Session& session) {
+    if (CheckOptions(session, command, *values)) RunTransfer(session, *values, true);
+  };
 }
 
 Runner AddDecode(CLI::App& command) {

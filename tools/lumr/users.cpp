@@ -95,8 +95,22 @@ bool UseDir(Session& session, UsersOptions& options) {
   return key != nullptr;
 }
 
-bool LoadList(Session& session, UsersOptions& options, CUserList& list) {
+bool HasUsersFile(const CStringW& dir) {
+  return HasFile(dir, u"LumrUser.ini") || HasFile(dir, u"LumrUser.ein");
+}
+
+// As UseDir, of a folder that has a users file.
+bool UseListDir(Session& session, UsersOptions& options) {
   if (!UseDir(session, options)) return false;
+  const CStringW dir = PathFromUtf8(options.dir);
+  if (HasUsersFile(dir)) return true;
+  session.TellUnreadable(PathToUtf8(JoinPath(dir, u"LumrUser.ini")),
+                         ErrorOf(FileErrorKind::kMissing));
+  return false;
+}
+
+bool LoadList(Session& session, UsersOptions& options, CUserList& list) {
+  if (!UseListDir(session, options)) return false;
   if (list.LoadUserList() != 0) return true;
   session.Raise(kFailed);
   return false;
@@ -170,7 +184,7 @@ void PrintJson(Session& session, const std::string& name, const CUser& user) {
 void RunList(Session& session, UsersOptions& options) {
   CSettingData data;
   CUserList list;
-  if (!UseDir(session, options)) return;
+  if (!UseListDir(session, options)) return;
   if (LoadUsersFile(data, false) == 0) return session.Raise(kFailed);
   list.GetUserListData(&data);
   if (list.GetCount() == 0) {
@@ -185,11 +199,31 @@ void RunList(Session& session, UsersOptions& options) {
 
 // ---- The others
 
+bool IsUserDir(const CUserList& list, const CStringW& dir) {
+  for (int i = 0; i < list.GetCount(); ++i) {
+    if (list.GetUserAt(i)->GetUserDir() == dir) return true;
+  }
+  return false;
+}
+
+// A folder for a new user. The mail client makes it at the first login, so one that does not exist
+// may be another user's all the same; two users in one folder would share their mail.
+CStringW FreeUserDir(const CUserList& list) {
+  CStringW dir = CUser::GetNewStdUserDir(nullptr);
+  if (dir.empty()) return dir;
+  const char16_t separator = dir.back();
+  const CStringW base = dir.substr(0, dir.find_last_not_of(u"0123456789", dir.size() - 2) + 1);
+  for (int number = 1; IsUserDir(list, dir) || PathExists(dir); ++number) {
+    const std::string digits = std::to_string(number);
+    dir = base + CStringW(digits.begin(), digits.end()) + separator;
+  }
+  return dir;
+}
+
 void RunAdd(Session& session, UsersOptions& options) {
   if (!UseDir(session, options)) return;
   CUserList list;
-  const CStringW dir = PathFromUtf8(options.dir);
-  const bool isFirst = !HasFile(dir, u"LumrUser.ini") && !HasFile(dir, u"LumrUser.ein");
+  const bool isFirst = !HasUsersFile(PathFromUtf8(options.dir));
   if (!isFirst && !LoadList(session, options, list)) return;
   auto user = std::make_unique<CUser>();
   CStringA name;
@@ -199,7 +233,7 @@ void RunAdd(Session& session, UsersOptions& options) {
   }
   user->SetUserName(name);
   user->SetUserID(options.id >= 0 ? options.id : list.GetMaxUserID() + 1);
-  user->SetUserDir(options.userDir.empty() ? CUser::GetNewStdUserDir(nullptr).c_str()
+  user->SetUserDir(options.userDir.empty() ? FreeUserDir(list).c_str()
                                            : PathFromUtf8(options.userDir).c_str());
   if (list.GetUserAtID(user->GetUserID()) != nullptr) {
     session.Tell({}, Say::kUserIdTaken, {std::to_string(user->GetUserID())});

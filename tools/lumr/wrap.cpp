@@ -7,6 +7,7 @@
 #include "json.h"
 #include "lumrmisc/buffer/counted.h"
 #include "lumrmisc/charset/convert.h"
+#include "lumrmisc/platform/terminal.h"
 #include "safetext.h"
 #include "settingsfile.h"
 #include "textdecode.h"
@@ -37,7 +38,8 @@ std::string Utf8OfBytes(std::string_view utf16) {
 // Collects UTF-16 for standard output.
 class Utf16Output {
  public:
-  explicit Utf16Output(Session& session) : session_(session) {}
+  explicit Utf16Output(Session& session)
+      : session_(session), isShown_(IsTerminal(StandardStream::kOutput)) {}
 
   void Add(std::string_view utf16) { pending_ += utf16; }
   // Where a character ends.
@@ -45,13 +47,18 @@ class Utf16Output {
     if (pending_.size() > kPieceSize) Flush();
   }
   void Flush() {
-    session_.Write(Utf8OfBytes(pending_));
+    const std::string utf8 = Utf8OfBytes(pending_);
     pending_.clear();
+    if (!isShown_) return session_.Write(utf8);
+    std::string safe;  // a terminal would obey the text's control characters
+    AppendSafe(utf8, SafeForm::kLines, safe);
+    session_.Write(safe);
   }
 
  private:
   Session& session_;
   std::string pending_;
+  bool isShown_;
 };
 
 struct RuleRow {

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 
+#include "lumrmisc/buffer/counted.h"
 #include "lumrmisc/charset/linescan.h"
 #include "lumrmisc/editor/quote.h"
+#include "outgoing.h"
+#include "textdecode.h"
 
 namespace lumr::tool {
 
@@ -40,6 +43,23 @@ const CPhysicalLines& LineWrapper::Wrap(std::string_view line) {
 
 LineBreak LineWrapper::BreakBehind(int physicalLine) const {
   return FindBreak(metrics_, {line_, links_, quote_}, lines_[physicalLine].start);
+}
+
+std::vector<std::string> TurnedLines(const std::string& line, int columns) {
+  CStringW text;
+  long long bad = 0;
+  if (!Utf16Of(line, text, bad)) return {line};
+  const std::string_view bytes = BytesOf(std::u16string_view(text));
+  LineWrapper wrapper(columns);
+  const CPhysicalLines& lines = wrapper.Wrap(bytes);
+  std::vector<std::string> turned;
+  for (int i = 0; i < lines.Count(); ++i) {
+    const auto begin = static_cast<std::size_t>(lines[i].start) / 2;
+    const auto end = static_cast<std::size_t>(lines.EndOf(i, static_cast<int>(bytes.size()))) / 2;
+    turned.push_back(Utf8(std::u16string_view(text).substr(begin, end - begin)));
+    turned.back().erase(turned.back().find_last_not_of(' ') + 1);
+  }
+  return turned;
 }
 
 void LineJoiner::Join(std::string_view text) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -56,6 +57,10 @@ class LineWrapper {
   std::string_view line_;
   int quote_ = -1;
 };
+
+// A line in UTF-8 turned at a number of columns, as LineWrapper does, with no spaces at the ends of
+// the lines that come out; as it is when it is no UTF-8.
+std::vector<std::string> TurnedLines(const std::string& line, int columns);
 
 // Joins the lines of a text that wrapping would part again, with the same line breaks, and hands on
 // the lines that come of it, each once; what is handed on lives until the call ends. A line is laid
