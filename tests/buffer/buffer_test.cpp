@@ -194,6 +194,8 @@ TEST(CBuffer, Compares) {
                {narrow, "ab\x83\x61", kWhole, 0, 1, 1, 0},
                {narrow, "Ab", kWhole, 0, 1, 0, 0},
                {narrow, "", kWhole, 0, 6, 0, 0},
+               {narrow, "", kWhole, 0, -1, 0, 0},
+               {narrow, "", 0, 0, -1, 0, 0},
                {narrow, "", kWhole, 0, 5, 0, 1},
                {narrow, nullptr, kWhole, 0, 0, 0, 0},
                {none, "", kWhole, 0, 0, 0, 0},
@@ -247,6 +249,13 @@ TEST(CBuffer, FindsFromStartAndEnd) {
             "66-002244666");
   EXPECT_EQ(Everywhere([&](int at) { return t.ReverseFindPhrase("a", at); }), "66-000044666");
   EXPECT_EQ(Everywhere([&](int at) { return w.ReverseFindPhrase(u"XY", at, 1); }), "-4----0-0-4-");
+  // Where nothing is said, from the start and from the end.
+  EXPECT_EQ(t.FindAsciiChar('a') + t.FindChar('a') + t.FindOneOfChar("a") + t.FindAsciiPhrase("a") +
+                t.FindPhrase("a") + w.FindPhrase(u"x"),
+            0);
+  EXPECT_EQ(t.ReverseFindAsciiChar('a') + t.ReverseFindChar('a') + t.ReverseFindAsciiPhrase("a") +
+                t.ReverseFindPhrase("a") + w.ReverseFindPhrase(u"x"),
+            4 * 6 + 4);
 }
 
 // Ranges, case and borders are compared with the obvious way by the model above.

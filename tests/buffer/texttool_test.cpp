@@ -23,8 +23,7 @@ int Size(const auto& text) {
 
 TEST(QuotedToken, LosesItsBackslashesAndGetsThemBack) {
   const struct {
-    std::string_view text;
-    std::string_view token;
+    std::string_view text, token;
   } cases[] = {
       {"", ""},
       {"abc", "abc"},
@@ -70,9 +69,7 @@ TEST(QuotedToken, LosesItsBackslashesAndGetsThemBack) {
 
 TEST(ParenthesisToken, TakesTextApart) {
   const struct {
-    const char* text;
-    const char* outside;
-    const char* inside;
+    const char *text, *outside, *inside;
     int found;
   } cases[] = {
       {"", "", "", 0},

@@ -15,8 +15,7 @@ namespace {
 TEST(CodeTypeNames, AreFoundInAnyCase) {
   const struct {
     const char* name;
-    CodeType exact;
-    CodeType orDefault;
+    CodeType exact, orDefault;
   } cases[] = {
       {"shift-jis", CT_SJIS, CT_SJIS},
       {"X-SJIS", CT_SJIS, CT_SJIS},
@@ -50,6 +49,10 @@ TEST(CodeTypeNames, EveryNameLeadsToItsCodeType) {
     EXPECT_TRUE(IsCodePageSupported(CharSetCode2CodePage2(codeType))) << codeType;
   }
   EXPECT_EQ(seen.size(), 24u);
+  for (int number = -1; number < 2000; ++number) {
+    const auto codeType = static_cast<CodeType>(number);
+    EXPECT_EQ(CharSetCode2Name(codeType) != nullptr, seen.count(codeType) != 0) << number;
+  }
 }
 
 TEST(CodeTypeNames, AreMadeCanonical) {
@@ -135,28 +138,26 @@ TEST(CodeTypes, Combine) {
   const struct {
     CodeType a, b, both;
     int bSaysMore;
-  } cases[] = {
-      {CT_SJIS, CT_JIS, CT_JIS, 0},
-      {CT_JIS, CT_SJIS, CT_JIS, 0},
-      {CT_JIS, CT_EUC, CT_JIS, 0},
-      {CT_EUC, CT_JIS, CT_EUC, 0},
-      {CT_ASCII, CT_SJIS, CT_SJIS, 1},
-      {CT_SJIS, CT_ASCII, CT_SJIS, 0},
-      {CT_UNKNOWN, CT_ASCII, CT_ASCII, 1},
-      {CT_ASCII, CT_UNKNOWN, CT_ASCII, 0},
-      {CT_UNKNOWN, CT_UNKNOWN, CT_UNKNOWN, 0},
-      {CT_ASCII, CT_ASCII, CT_ASCII, 0},
-      {CT_SJIS, CT_GB2312, CT_UTF8, 0},
-      {CT_SJIS, CT_UTF7, CT_UTF7, 0},
-      {CT_UTF7, CT_UNICODE, CT_UTF8, 0},
-      {CT_UNICODE, CT_UTF8, CT_UTF8, 0},
-      {CT_UTF8, CT_UTF7, CT_UTF8, 0},
-      {CT_UNICODE, CT_UNICODE, CT_UNICODE, 0},
-      {CT_ASCII, CT_UTF7, CT_UTF7, 1},
-      {CT_UNKNOWN, CT_UNICODE, CT_UTF8, 1},
-      {CT_KOI8R, CT_ISO8859_5, CT_KOI8R, 0},
-      {CT_WIN1251, CT_KOI8R, CT_KOI8R, 0},
-  };
+  } cases[] = {{CT_SJIS, CT_JIS, CT_JIS, 0},
+               {CT_JIS, CT_SJIS, CT_JIS, 0},
+               {CT_JIS, CT_EUC, CT_JIS, 0},
+               {CT_EUC, CT_JIS, CT_EUC, 0},
+               {CT_ASCII, CT_SJIS, CT_SJIS, 1},
+               {CT_SJIS, CT_ASCII, CT_SJIS, 0},
+               {CT_UNKNOWN, CT_ASCII, CT_ASCII, 1},
+               {CT_ASCII, CT_UNKNOWN, CT_ASCII, 0},
+               {CT_UNKNOWN, CT_UNKNOWN, CT_UNKNOWN, 0},
+               {CT_ASCII, CT_ASCII, CT_ASCII, 0},
+               {CT_SJIS, CT_GB2312, CT_UTF8, 0},
+               {CT_SJIS, CT_UTF7, CT_UTF7, 0},
+               {CT_UTF7, CT_UNICODE, CT_UTF8, 0},
+               {CT_UNICODE, CT_UTF8, CT_UTF8, 0},
+               {CT_UTF8, CT_UTF7, CT_UTF8, 0},
+               {CT_UNICODE, CT_UNICODE, CT_UNICODE, 0},
+               {CT_ASCII, CT_UTF7, CT_UTF7, 1},
+               {CT_UNKNOWN, CT_UNICODE, CT_UTF8, 1},
+               {CT_KOI8R, CT_ISO8859_5, CT_KOI8R, 0},
+               {CT_WIN1251, CT_KOI8R, CT_KOI8R, 0}};
   for (const auto& c : cases) {
     SCOPED_TRACE(std::to_string(c.a) + " and " + std::to_string(c.b));
     EXPECT_EQ(GetPriorCodeType(c.a, c.b), c.both);

@@ -67,8 +67,7 @@ TEST(ConvertToOtherCodeType2, FollowsTheRules) {
 }
 
 TEST(ConvertToOtherCodeType2, EmptiesForBadArguments) {
-  for (const auto& [src, len] :
-       {std::pair<const char*, int>{nullptr, 3}, {"abc", 0}, {"abc", -1}}) {
+  for (const auto& [src, len] : kNoTexts) {
     for (const CodeType to : {CT_SJIS, CT_UNICODE, CT_JIS}) {
       CBuffer out("left over");
       EXPECT_EQ(ConvertToOtherCodeType2(CT_SJIS, src, len, to, out, 0), 0);
@@ -109,8 +108,7 @@ TEST(ConvertToOtherCodePage2, FollowsTheRules) {
 TEST(ConvertToWcs, ReadsTheEditForm) {
   const struct {
     CodeType codeType;
-    std::string_view text;
-    std::string_view result;
+    std::string_view text, result;
   } cases[] = {
       {CT_SJIS, "\x82\xA0", "\x42\x30"},
       {CT_JIS, "\x82\xA0", "\x42\x30"},
@@ -135,8 +133,7 @@ TEST(ConvertToEditable, GoesToTheEditForm) {
     CodeType codeType;
     std::string_view text;
     int result;
-    std::string_view edited;
-    std::string_view narrow;
+    std::string_view edited, narrow;
     CodeType narrowType;
   } cases[] = {
       {CT_JIS, "\x1B$B$\"\x1B(B", 1, "\x82\xA0", "\x82\xA0", CT_SJIS},
@@ -183,8 +180,7 @@ TEST(ConvertToMbsIfWcs, CopiesNarrowTextAndConvertsWide) {
 TEST(ConvertToCTEditable, TakesShiftJisAndUtf16ToAnEditForm) {
   const struct {
     CodeType codeType;
-    std::string_view fromSJis;
-    std::string_view fromUtf16;
+    std::string_view fromSJis, fromUtf16;
   } cases[] = {
       {CT_UTF8, "\x42\x30\x14\x04"sv, "\x42\x30\x14\x04"sv},
       {CT_EUC, "\x82\xA0\x84\x44", "\x82\xA0\x84\x44"},
@@ -208,9 +204,11 @@ TEST(UTF16BE2LE, SwapsPairs) {
   CBuffer out("left over");
   UTF16BE2LE("\0AB", 3, out);
   EXPECT_EQ(out.Bytes(), "A\0"sv);
-  for (const int length : {1, 0, -1}) {
+  UTF16BE2LE("\0A", 1, out);
+  EXPECT_TRUE(out.IsEmpty());
+  for (const auto& [text, length] : kNoTexts) {
     out = "left over";
-    UTF16BE2LE("\0A", length, out);
+    UTF16BE2LE(text, length, out);
     EXPECT_TRUE(out.IsEmpty()) << length;
   }
 }

@@ -1,30 +1,16 @@
 // What the tests of conversion and detection share.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "lumrmisc/charset/codetype.h"
 #include "lumrmisc/charset/convert.h"
+#include "support/bytes.h"
 
 namespace lumr {
-
-// Bytes for messages: printable ASCII as it is, the rest in hex.
-inline std::string Shown(std::string_view text) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
-  std::string shown;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (' ' < c && c < 0x7F && c != '<') {
-      shown += c;
-    } else {
-      shown += {'<', kDigits[byte / 16], kDigits[byte % 16], '>'};
-    }
-  }
-  return shown;
-}
 
 // "fit 3+2>4": kind, offset and length in the source, offset in the result.
 inline std::string Shown(const CConversionReport& report) {
@@ -50,17 +36,14 @@ inline std::ostream& operator<<(std::ostream& out, const Conversion& conversion)
              << conversion.losses;
 }
 
-// The exported function, from a copy that ends where the text does, so that the sanitizer sees
-// a byte read too far.
+// The exported function.
 inline Conversion Converted(CodeType from, std::string_view text, CodeType to,
                             int emptyFallback = 0) {
-  const auto copy = std::make_unique<char[]>(text.size());
-  text.copy(copy.get(), text.size());
-  CBuffer out;
-  out = "left over";
+  const ExactCopy copy(text);
+  CBuffer out("left over");
   CConversionReport report(text.size());
-  const long status = ConvertToOtherCodeType2(from, copy.get(), static_cast<int>(text.size()), to,
-                                              out, emptyFallback, &report);
+  const long status =
+      ConvertToOtherCodeType2(from, copy.Data(), copy.Size(), to, out, emptyFallback, &report);
   return {std::string(out.Bytes()), status, Shown(report)};
 }
 
@@ -73,9 +56,8 @@ inline std::string Decoded(CodeType from, std::string_view text) {
   return Converted(from, text, CT_UTF8).bytes;
 }
 
-inline std::string Bytes(std::u16string_view units) {
-  return {reinterpret_cast<const char*>(units.data()), units.size() * 2};
-}
+// Arguments that are no text.
+constexpr std::pair<const char*, int> kNoTexts[] = {{nullptr, 3}, {"abc", 0}, {"abc", -1}};
 
 inline std::vector<CodeType> CodeTypesAndUnknown() {
   std::vector<CodeType> types(AllCodeTypes().begin(), AllCodeTypes().end());

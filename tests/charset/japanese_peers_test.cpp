@@ -71,37 +71,37 @@ bool IsListed(const std::vector<Range>& ranges, const std::string& text) {
   return false;
 }
 
-struct PeerRow {
-  const char* what;
-  // The source of both is this with one or two bytes in its middle.
-  const char* before;
-  const char* after;
-  std::string (*ours)(const std::string& text, CConversionReport& report);
-  Answer (*theirs)(const std::string& text);
+using OursFunction = std::string(const std::string& text, CConversionReport& report);
+using TheirsFunction = Answer(const std::string& text);
+
+// Where a peer and we see texts differently.
+struct Differences {
   std::vector<Range> different;   // both read it, with another result
   std::vector<Range> reported;    // the peer reads it, we report it as lost
   std::vector<Range> unassigned;  // the peer refuses it, we carry it over exactly
   int unassignedTexts;            // how many texts that makes
 };
 
-void Compare(const PeerRow& row) {
-  SCOPED_TRACE(row.what);
+// The source of both is before and after with one or two bytes between.
+void Compare(const char* what, const char* before, const char* after, OursFunction* oursOf,
+             TheirsFunction* theirsOf, const Differences& row) {
+  SCOPED_TRACE(what);
   int unassigned = 0;
   int agreed = 0;
   ForEachShortText([&](const std::string& middle) {
     if (testing::Test::HasFatalFailure()) return;
-    const std::string text = row.before + middle + row.after;
+    const std::string text = before + middle + after;
     CConversionReport report;
-    const std::string ours = row.ours(text, report);
-    const Answer theirs = row.theirs(text);
+    const std::string ours = oursOf(text, report);
+    const Answer theirs = theirsOf(text);
     const bool exact = report.IsEmpty();
     if (theirs && exact && !IsListed(row.different, middle)) {
-      ASSERT_EQ(Hex(ours), Hex(*theirs)) << Hex(text);
+      ASSERT_EQ(Shown(ours), Shown(*theirs)) << Shown(text);
       ++agreed;
     } else if (theirs && !exact) {
-      ASSERT_TRUE(IsListed(row.reported, middle)) << Hex(text) << " > " << Hex(ours);
+      ASSERT_TRUE(IsListed(row.reported, middle)) << Shown(text) << " > " << Shown(ours);
     } else if (!theirs && exact) {
-      ASSERT_TRUE(IsListed(row.unassigned, middle)) << Hex(text) << " > " << Hex(ours);
+      ASSERT_TRUE(IsListed(row.unassigned, middle)) << Shown(text) << " > " << Shown(ours);
       ++unassigned;
     }
   });
@@ -155,38 +155,23 @@ TEST(JapanesePeers, Glibc) {
   const auto toSJis = [](const std::string& text) { return Glibc("EUC-JP", "SHIFT_JIS", text); };
   const auto toJis = [](const std::string& text) { return Glibc("EUC-JP", "ISO-2022-JP", text); };
   const auto fromJis = [](const std::string& text) { return Glibc("ISO-2022-JP", "EUC-JP", text); };
-  const PeerRow rows[] = {
-      {"Shift_JIS to EUC-JP", "", "", Ours<kSJisToEuc>, toEuc, {}, {}, {kPairsOfSJis}, kUnassigned},
-      {"EUC-JP to Shift_JIS", "", "", Ours<kEucToSJis>, toSJis, {}, {}, {kPairsOfEuc}, kUnassigned},
-      {"EUC-JP to ISO-2022-JP",
-       "",
-       "",
-       OursTwice<kEucToSJis, kSJisToJis>,
-       toJis,
-       {},
-       {kShifts, kEscape},
-       {kPairsOfEuc, {0x8EA1, 0x8EDF, "RFC 1468 has no katakana"}},
-       kUnassigned + 63},
-      {"ISO-2022-JP to EUC-JP, ASCII",
-       "",
-       "",
-       OursTwice<kJisToSJis, kSJisToEuc>,
-       fromJis,
-       {kShifts},
-       {kShifts},
-       {kNecIn, kNecOut},
-       2},
-      {"ISO-2022-JP to EUC-JP, kanji",
-       "\x1B$B",
-       "\x1B(B",
-       OursTwice<kJisToSJis, kSJisToEuc>,
-       fromJis,
-       {kShifts},
-       {{0x00, 0x20, "taken for half of a kanji"}, {0x7F, 0x7F, "taken for half of a kanji"}},
-       {kPairsOfJis, kNecIn, kNecOut, {0x0E21, 0x0E5F, "SO invokes katakana"}},
-       kUnassigned + 2 + 63},
-  };
-  for (const PeerRow& row : rows) Compare(row);
+  Compare("Shift_JIS to EUC-JP", "", "", Ours<kSJisToEuc>, toEuc,
+          {{}, {}, {kPairsOfSJis}, kUnassigned});
+  Compare("EUC-JP to Shift_JIS", "", "", Ours<kEucToSJis>, toSJis,
+          {{}, {}, {kPairsOfEuc}, kUnassigned});
+  Compare("EUC-JP to ISO-2022-JP", "", "", OursTwice<kEucToSJis, kSJisToJis>, toJis,
+          {{},
+           {kShifts, kEscape},
+           {kPairsOfEuc, {0x8EA1, 0x8EDF, "RFC 1468 has no katakana"}},
+           kUnassigned + 63});
+  Compare("ISO-2022-JP to EUC-JP, ASCII", "", "", OursTwice<kJisToSJis, kSJisToEuc>, fromJis,
+          {{kShifts}, {kShifts}, {kNecIn, kNecOut}, 2});
+  Compare("ISO-2022-JP to EUC-JP, kanji", "\x1B$B", "\x1B(B", OursTwice<kJisToSJis, kSJisToEuc>,
+          fromJis,
+          {{kShifts},
+           {{0x00, 0x20, "taken for half of a kanji"}, {0x7F, 0x7F, "taken for half of a kanji"}},
+           {kPairsOfJis, kNecIn, kNecOut, {0x0E21, 0x0E5F, "SO invokes katakana"}},
+           kUnassigned + 2 + 63});
 }
 
 TEST(JapanesePeers, Icu) {
@@ -195,63 +180,25 @@ TEST(JapanesePeers, Icu) {
   const auto readJis = [](const std::string& text) { return Icu(kIcuJis, text); };
   const std::vector<Range> exchanged = {kSub, kFs, kDel};
   const Range vendor = {0xF040, 0xFCFC, "no cell in JIS X 0208"};
-  const PeerRow rows[] = {
-      {"Shift_JIS to EUC-JP",
-       "",
-       "",
-       OursReadByIcu<kSJisToEuc>,
-       readSJis,
-       exchanged,
-       {vendor},
-       {kPairsOfSJis},
-       kUnassignedIbm},
-      {"EUC-JP to Shift_JIS",
-       "",
-       "",
-       OursReadByIcu<kEucToSJis>,
-       readEuc,
-       exchanged,
-       {{0x80, 0x9F, "C1 control characters"}},
-       {kPairsOfEuc},
-       kUnassignedIbm},
-      {"Shift_JIS to ISO-2022-JP",
-       "",
-       "",
-       OursReadByIcu<kSJisToJis>,
-       readSJis,
-       exchanged,
-       {vendor, kShifts, kEscape},
-       {kPairsOfSJis},
-       kUnassignedIbm},
-      {"ISO-2022-JP to Shift_JIS, ASCII",
-       "",
-       "",
-       OursReadByIcu<kJisToSJis>,
-       readJis,
-       exchanged,
-       {},
-       {kNecIn, kNecOut},
-       2},
-      {"ISO-2022-JP to Shift_JIS, kanji",
-       "\x1B$B",
-       "\x1B(B",
-       OursReadByIcu<kJisToSJis>,
-       readJis,
-       {},
-       {{0x0A, 0x0A, "the state lasts over it"}, {0x0D, 0x0D, "the state lasts over it"}},
-       {kPairsOfJis, kNecIn, kNecOut},
-       kUnassignedIbm + 2},
-      {"ISO-2022-JP to Shift_JIS, katakana",
-       "\x1B(I",
-       "\x1B(B",
-       OursReadByIcu<kJisToSJis>,
-       readJis,
-       {{0x0A, 0x0A, "the state lasts over it"}, {0x0D, 0x0D, "the state lasts over it"}, kShifts},
+  Compare("Shift_JIS to EUC-JP", "", "", OursReadByIcu<kSJisToEuc>, readSJis,
+          {exchanged, {vendor}, {kPairsOfSJis}, kUnassignedIbm});
+  Compare("EUC-JP to Shift_JIS", "", "", OursReadByIcu<kEucToSJis>, readEuc,
+          {exchanged, {{0x80, 0x9F, "C1 control characters"}}, {kPairsOfEuc}, kUnassignedIbm});
+  Compare("Shift_JIS to ISO-2022-JP", "", "", OursReadByIcu<kSJisToJis>, readSJis,
+          {exchanged, {vendor, kShifts, kEscape}, {kPairsOfSJis}, kUnassignedIbm});
+  Compare("ISO-2022-JP to Shift_JIS, ASCII", "", "", OursReadByIcu<kJisToSJis>, readJis,
+          {exchanged, {}, {kNecIn, kNecOut}, 2});
+  Compare("ISO-2022-JP to Shift_JIS, kanji", "\x1B$B", "\x1B(B", OursReadByIcu<kJisToSJis>, readJis,
+          {{},
+           {{0x0A, 0x0A, "the state lasts over it"}, {0x0D, 0x0D, "the state lasts over it"}},
+           {kPairsOfJis, kNecIn, kNecOut},
+           kUnassignedIbm + 2});
+  Compare(
+      "ISO-2022-JP to Shift_JIS, katakana", "\x1B(I", "\x1B(B", OursReadByIcu<kJisToSJis>, readJis,
+      {{{0x0A, 0x0A, "the state lasts over it"}, {0x0D, 0x0D, "the state lasts over it"}, kShifts},
        {{0x0A, 0x0A, "the state lasts over it"}, {0x0D, 0x0D, "the state lasts over it"}},
        {{0x0F00, 0x0F7F, "SI ends katakana"}, kNecIn, kNecOut},
-       62},
-  };
-  for (const PeerRow& row : rows) Compare(row);
+       62});
 }
 
 // Compatibility composition (NFKC) says the same of half-width katakana, except that it makes

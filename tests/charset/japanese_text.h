@@ -1,12 +1,12 @@
 // What the tests of the Japanese encodings share.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <string_view>
 
 #include "lumrmisc/charset/japanese.h"
 #include "lumrmisc/charset/japanese_internal.h"
+#include "support/bytes.h"
 
 namespace lumr {
 
@@ -21,28 +21,15 @@ inline JapaneseConversion Reverse(JapaneseConversion conversion) {
   return kReverse[static_cast<int>(conversion)];
 }
 
-// The exported function, from a copy that ends where the text does, so that the sanitizer sees
-// a byte read too far.
+// The exported function.
 inline std::string Converted(JapaneseConversion conversion, std::string_view text,
                              CConversionReport* report = nullptr) {
   constexpr decltype(&ConvertSJisToEuc) kFunctions[] = {ConvertSJisToEuc, ConvertEucToSJis,
                                                         ConvertSJisToJis, ConvertJisToSJis};
-  const auto copy = std::make_unique<char[]>(text.size());
-  text.copy(copy.get(), text.size());
-  CBuffer out;
-  out = "left over";
-  kFunctions[static_cast<int>(conversion)](copy.get(), static_cast<int>(text.size()), out, report);
+  const ExactCopy copy(text);
+  CBuffer out("left over");
+  kFunctions[static_cast<int>(conversion)](copy.Data(), copy.Size(), out, report);
   return std::string(out.Bytes());
-}
-
-inline std::string Hex(std::string_view text) {
-  constexpr char kDigits[] = "0123456789abcdef";
-  std::string hex;
-  for (const char c : text) {
-    hex += kDigits[static_cast<unsigned char>(c) / 16];
-    hex += kDigits[static_cast<unsigned char>(c) % 16];
-  }
-  return hex;
 }
 
 // Calls visit with every text of one byte and of two bytes, 65,792 in all.

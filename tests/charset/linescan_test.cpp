@@ -2,31 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <random>
 
 #include "lumrmisc/platform/mbcs.h"
+#include "support/bytes.h"
 
 namespace lumr {
 namespace {
 
 using namespace std::string_literals;
-
-// A copy of text that begins shift bytes into a block and ends where the block does.
-class PlacedText {
- public:
-  PlacedText(std::string_view text, std::size_t shift)
-      : block_(new char[shift + text.size()]), text_(block_.get() + shift), size_(text.size()) {
-    text.copy(block_.get() + shift, size_);
-  }
-  const char* Data() const { return text_; }
-  int Size() const { return static_cast<int>(size_); }
-
- private:
-  std::unique_ptr<char[]> block_;
-  const char* text_;
-  std::size_t size_;
-};
 
 std::string WideOf(std::string_view text) {
   std::string wide;
@@ -36,7 +20,7 @@ std::string WideOf(std::string_view text) {
 
 // Each line in brackets, each break as r, n or rn.
 std::string LinesOf(std::string_view text, CodeType codeType, std::size_t shift) {
-  const PlacedText placed(text, shift);
+  const ExactCopy placed(text, shift);
   std::string lines;
   const char* pos = placed.Data();
   const char* const end = pos + placed.Size();
@@ -167,8 +151,8 @@ TEST(Txtnnstr, SearchesInTheCodeType) {
   for (const auto& c : cases) {
     for (std::size_t shift = 0; shift < 3; ++shift) {
       SCOPED_TRACE(c.what);
-      const PlacedText text(c.text, shift);
-      const PlacedText word(c.word, 1);
+      const ExactCopy text(c.text, shift);
+      const ExactCopy word(c.word, 1);
       const auto find = [&](int forward) {
         const char* const found = txtnnstr(c.codeType, forward, text.Data(), text.Size(),
                                            word.Data(), word.Size(), c.ignoreCase);

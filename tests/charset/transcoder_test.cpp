@@ -172,8 +172,7 @@ TEST(Transcoder, AnEmptyReportMeansThatTheTextComesBack) {
 TEST(Transcoder, ReadsUtf16OfEitherOrder) {
   const struct {
     Utf16Order order;
-    std::string_view text;
-    std::string_view utf8;
+    std::string_view text, utf8;
   } cases[] = {
       {Utf16Order::kLittleEndian, "\xFF\xFE\x42\x30", "\uFEFF\u3042"},
       {Utf16Order::kByMark, "\xFF\xFE\x42\x30", "\u3042"},

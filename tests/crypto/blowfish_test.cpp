@@ -2,42 +2,17 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
-
 #include "crypto/hex.h"
 
 namespace lumr {
 namespace {
 
-const unsigned char* Bytes(const std::string& text) {
-  return reinterpret_cast<const unsigned char*>(text.data());
-}
-
-unsigned char* Bytes(std::string& text) {
-  return reinterpret_cast<unsigned char*>(text.data());
-}
-
-// Between the published big-endian words and the little-endian ones of stored files.
-std::string SwapWords(std::string bytes) {
-  for (std::size_t i = 0; i + 3 < bytes.size(); i += 4) {
-    std::swap(bytes[i], bytes[i + 3]);
-    std::swap(bytes[i + 1], bytes[i + 2]);
-  }
-  return bytes;
-}
-
 TEST(BlowFish, GivesThePublishedVectorsInItsWordOrder) {
   const struct {
-    const char* key;
-    const char* plain;
-    const char* cipher;
+    const char *key, *plain, *cipher;
   } cases[] = {
       {"0000000000000000", "0000000000000000", "4EF997456198DD78"},
       {"FFFFFFFFFFFFFFFF", "FFFFFFFFFFFFFFFF", "51866FD5B85ECB8A"},
-      {"3000000000000000", "1000000000000001", "7D856F9A613063F2"},
-      {"1111111111111111", "1111111111111111", "2466DD878B963C9D"},
-      {"0123456789ABCDEF", "1111111111111111", "61F9C3802281B096"},
-      {"FEDCBA9876543210", "0123456789ABCDEF", "0ACEAB0FC6A0A28D"},
       {"7CA110454A1A6E57", "01A1D6D039776742", "59C68245EB05282B"},
       {"F0E1D2C3B4A5968778695A4B3C2D1E0F0011223344556677", "FEDCBA9876543210", "05044B62FA52D080"},
       {"F0", "FEDCBA9876543210", "F9AD597C49DB005E"},
@@ -52,6 +27,9 @@ TEST(BlowFish, GivesThePublishedVectorsInItsWordOrder) {
     EXPECT_EQ(SwapWords(block), FromHex(c.cipher));
     cipher.Decode(Bytes(block), Bytes(block), 8);
     EXPECT_EQ(SwapWords(block), FromHex(c.plain));
+    EXPECT_EQ(cipher.Encode(nullptr, Bytes(block), 8) + cipher.Encode(Bytes(block), nullptr, 8),
+              0u);
+    EXPECT_EQ(SwapWords(block), FromHex(c.plain));
   }
 }
 
@@ -62,8 +40,7 @@ TEST(BlowFish, TreatsEveryBlockAlike) {
   CBlowFish cipher;
   cipher.Initialize(Bytes(key), 3);
   for (std::size_t length = 0; length <= 100; ++length) {
-    std::string plain(length, '\0');
-    for (char& c : plain) c = static_cast<char>(random());
+    const std::string plain = RandomBytes(random, length);
     const std::size_t padded = (length + 7) / 8 * 8;
     ASSERT_EQ(CBlowFish::GetOutputLength(static_cast<std::uint32_t>(length)), padded);
     std::string whole(padded, '\0');
@@ -84,8 +61,7 @@ TEST(EncodeBlowFish, IsUndoneByItsPassPhraseOnly) {
   CStringA message;
   std::mt19937 random(7);
   for (int length = 1; length < 300; length += length < 20 ? 1 : 17) {
-    std::string plain(static_cast<std::size_t>(length), '\0');
-    for (char& c : plain) c = static_cast<char>(random());
+    const std::string plain = RandomBytes(random, static_cast<std::size_t>(length));
     CBuffer stored;
     ASSERT_EQ(EncodeBlowFish("pass phrase", Bytes(plain), length, stored), 1);
     EXPECT_EQ(stored.GetLength(), (length + 4 + 7) / 8 * 8);

@@ -14,10 +14,6 @@
 namespace lumr {
 namespace {
 
-const unsigned char* Bytes(const std::string& text) {
-  return reinterpret_cast<const unsigned char*>(text.data());
-}
-
 std::string Md5Hex(const std::string& text) {
   unsigned char digest[16];
   MD5Void(text.data(), static_cast<unsigned>(text.size()), digest);
@@ -30,19 +26,13 @@ std::string HmacHex(const std::string& key, const std::string& text) {
   return ToHex(digest, sizeof digest);
 }
 
-// The test suite of RFC 1321, A.5.
+// Out of the test suite of RFC 1321, A.5: no block, one and two.
 TEST(Md5, GivesThePublishedDigests) {
   const struct {
-    const char* text;
-    const char* digest;
+    const char *text, *digest;
   } cases[] = {
       {"", "d41d8cd98f00b204e9800998ecf8427e"},
-      {"a", "0cc175b9c0f1b6a831c399e269772661"},
       {"abc", "900150983cd24fb0d6963f7d28e17f72"},
-      {"message digest", "f96b697d7cb7938d525a2f31aaf161d0"},
-      {"abcdefghijklmnopqrstuvwxyz", "c3fcd3d76192e4007dfb496cca67e13b"},
-      {"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789",
-       "d174ab98d277d9f5a5611c2c9f419d9f"},
       {"12345678901234567890123456789012345678901234567890123456789012345678901234567890",
        "57edf4a22be3c955ac49da2e2107b67a"},
   };
@@ -77,21 +67,14 @@ TEST(Md5, IsTheSameHoweverTheTextIsCut) {
   }
 }
 
-// RFC 2202, 2.
+// Out of RFC 2202, 2: keys below and above a block.
 TEST(HmacMd5, GivesThePublishedDigests) {
   const struct {
-    std::string key;
-    std::string text;
+    std::string key, text;
     const char* digest;
   } cases[] = {
-      {std::string(16, '\x0b'), "Hi There", "9294727a3638bb1c13f48ef8158bfc9d"},
       {"Jefe", "what do ya want for nothing?", "750c783e6ab0b503eaa86e310a5db738"},
       {std::string(16, '\xaa'), std::string(50, '\xdd'), "56be34521d144c88dbb8c733f0e8b3f6"},
-      {FromHex("0102030405060708090a0b0c0d0e0f10111213141516171819"), std::string(50, '\xcd'),
-       "697eaf0aca3a3aea3a75164746ffaa79"},
-      {std::string(16, '\x0c'), "Test With Truncation", "56461ef2342edc00f9bab995690efd4c"},
-      {std::string(80, '\xaa'), "Test Using Larger Than Block-Size Key - Hash Key First",
-       "6b1ab7fe4bd7bf8f0b62e6ce61b9d0cd"},
       {std::string(80, '\xaa'),
        "Test Using Larger Than Block-Size Key and Larger Than One Block-Size Data",
        "6f630fad67cda0ee1fb1f562db3aa53e"},
@@ -121,8 +104,7 @@ TEST(Sha1, GivesThePublishedDigests) {
 // RFC 6229 and the first vectors published for the cipher.
 TEST(Rc4, GivesThePublishedKeyStream) {
   const struct {
-    const char* key;
-    const char* stream;
+    const char *key, *stream;
   } cases[] = {
       {"0102030405", "b2396305f03dc027ccc3524a0a1118a8"},
       {"0102030405060708090a0b0c0d0e0f10", "9ac7cc9a609d1ef7b2932899cde41b97"},

@@ -4,8 +4,6 @@
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
 
-#include <random>
-
 #include "crypto/hex.h"
 #include "lumrmisc/crypto/blowfish.h"
 #include "lumrmisc/crypto/md5.h"
@@ -17,23 +15,13 @@ namespace {
 constexpr int kRuns = 10000;
 constexpr unsigned kSeed = 6150;
 
-std::string RandomBytes(std::mt19937& random, std::size_t most) {
-  std::string bytes(random() % (most + 1), '\0');
-  for (char& c : bytes) c = static_cast<char>(random());
-  return bytes;
-}
-
-const unsigned char* Bytes(const std::string& text) {
-  return reinterpret_cast<const unsigned char*>(text.data());
-}
-
 TEST(Peers, AgreeOnMd5AndItsHmac) {
   std::mt19937 random(kSeed);
   for (int run = 0; run < kRuns; ++run) {
     using internal::CpuLevel;
     internal::LimitCpu(run % 2 == 0 ? CpuLevel::kAll : CpuLevel::kPortable);
-    const std::string text = RandomBytes(random, 300);
-    const std::string key = RandomBytes(random, 100);
+    const std::string text = RandomBytes(random, random() % 301);
+    const std::string key = RandomBytes(random, random() % 101);
     unsigned char ours[16];
     unsigned char theirs[16];
     unsigned length = 16;
@@ -48,32 +36,20 @@ TEST(Peers, AgreeOnMd5AndItsHmac) {
   internal::LimitCpu(internal::CpuLevel::kAll);
 }
 
-std::string SwapWords(std::string bytes) {
-  for (std::size_t i = 0; i + 3 < bytes.size(); i += 4) {
-    std::swap(bytes[i], bytes[i + 3]);
-    std::swap(bytes[i + 1], bytes[i + 2]);
-  }
-  return bytes;
-}
-
 TEST(Peers, AgreeOnBlowfish) {
   std::mt19937 random(kSeed);
   for (int run = 0; run < kRuns; ++run) {
-    std::string key = RandomBytes(random, 48);
-    key.resize(key.size() + 8, 'k');  // the peer takes keys of 8 to 56 bytes
-    std::string plain = RandomBytes(random, 120);
-    plain.resize(plain.size() / 8 * 8);
+    const std::string key = RandomBytes(random, 8 + random() % 49);  // the peer takes no others
+    const std::string plain = RandomBytes(random, random() % 16 * 8);
     CBlowFish ours;
     ours.Initialize(Bytes(key), static_cast<int>(key.size()));
     std::string enciphered(plain.size(), '\0');
     const std::string swapped = SwapWords(plain);
-    ours.Encode(Bytes(swapped), reinterpret_cast<unsigned char*>(enciphered.data()),
-                static_cast<std::uint32_t>(plain.size()));
+    ours.Encode(Bytes(swapped), Bytes(enciphered), static_cast<std::uint32_t>(plain.size()));
     blowfish_ctx theirs;
     ASSERT_EQ(blowfish_set_key(&theirs, key.size(), Bytes(key)), 1);
     std::string expected(plain.size(), '\0');
-    blowfish_encrypt(&theirs, plain.size(), reinterpret_cast<unsigned char*>(expected.data()),
-                     Bytes(plain));
+    blowfish_encrypt(&theirs, plain.size(), Bytes(expected), Bytes(plain));
     ASSERT_EQ(SwapWords(enciphered), expected) << "seed " << kSeed << ", run " << run;
   }
 }

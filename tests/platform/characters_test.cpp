@@ -59,10 +59,7 @@ TEST(MbcsPage, FindsTrailBytesInContext) {
 
 TEST(MbcsPage, FoldsLettersOfItsOwn) {
   const struct {
-    unsigned codePage;
-    unsigned upper;
-    unsigned lower;
-    unsigned count;
+    unsigned codePage, upper, lower, count;
   } runs[] = {
       {932, 'A', 'a', 26},       {932, 0x8260, 0x8281, 26},   {936, 'A', 'a', 26},
       {936, 0xA3C1, 0xA3E1, 26}, {949, 'A', 'a', 26},         {949, 0xA3C1, 0xA3E1, 26},
@@ -111,10 +108,8 @@ TEST(MbcsPage, FoldsSingleBytesThroughTheCaseTable) {
 
 TEST(MbcsPage, ComparesCharacterByCharacter) {
   const struct {
-    std::string_view a;
-    std::string_view b;
-    int compare;
-    int compareNoCase;
+    std::string_view a, b;
+    int compare, compareNoCase;
   } cases[] = {
       {"", "", 0, 0},
       {"a", "", 1, 1},
@@ -202,10 +197,8 @@ TEST(Units, HaveClasses) {
 
 TEST(Units, CompareWithAndWithoutCase) {
   const struct {
-    std::u16string_view a;
-    std::u16string_view b;
-    int compare;
-    int compareNoCase;
+    std::u16string_view a, b;
+    int compare, compareNoCase;
   } cases[] = {
       {u"", u"", 0, 0},          {u"ab", u"abc", -1, -1}, {u"ABC", u"abc", -1, 0},
       {u"ＡΑА", u"ａαа", -1, 0}, {u"_", u"A", 1, -1},     {u"\uFF21", u"\u0041", 1, 1},

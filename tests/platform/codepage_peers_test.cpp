@@ -146,15 +146,6 @@ class IcuConverter {
   UConverter* handle_ = nullptr;
 };
 
-std::string Show(const Result& result) {
-  std::string text;
-  for (const char c : result) {
-    text += "0123456789ABCDEF"[static_cast<unsigned char>(c) >> 4];
-    text += "0123456789ABCDEF"[c & 15];
-  }
-  return text;
-}
-
 class CodePagePeers : public testing::Test {
  protected:
   // Notes that ours and a peer's result differ; unit is what the code stands for.
@@ -172,7 +163,7 @@ class CodePagePeers : public testing::Test {
     if (++wrong_ > 50) return;
     ADD_FAILURE() << codePage << (peer == kIconv ? " iconv " : " ICU ")
                   << (direction == kDecoding ? "decodes " : "encodes ") << std::hex << value
-                  << " to " << Show(theirs) << ", we to " << Show(ours);
+                  << " to " << Shown(theirs) << ", we to " << Shown(ours);
   }
 
   void CompareDecoding(const PeerNames& names, const IconvConverter& iconv,
@@ -232,8 +223,7 @@ TEST_F(CodePagePeers, AgreeExceptWhereListed) {
 TEST(CodePageFits, AreThoseOfIcu) {
   const struct {
     unsigned codePage;
-    char16_t first;
-    char16_t last;
+    char16_t first, last;
     const char* reason;
   } differences[] = {
       {932, 0x00A6, 0x00A6, "ICU prefers the IBM broken bar"},
@@ -264,8 +254,8 @@ TEST(CodePageFits, AreThoseOfIcu) {
           std::any_of(std::begin(differences), std::end(differences), [&](const auto& row) {
             return row.codePage == names.codePage && row.first <= unit && unit <= row.last;
           });
-      EXPECT_TRUE(listed) << names.codePage << " U+" << std::hex << value << " " << Show(ours)
-                          << ", ICU " << Show(theirs);
+      EXPECT_TRUE(listed) << names.codePage << " U+" << std::hex << value << " " << Shown(ours)
+                          << ", ICU " << Shown(theirs);
     }
   }
   EXPECT_GT(compared, 1000);
@@ -284,7 +274,7 @@ TEST(Utf8Peers, ReplaceTheSameParts) {
     for (auto size = random() % 24; text.size() < size;) {
       text += static_cast<char>(kBytes[random() % std::size(kBytes)]);
     }
-    ASSERT_EQ(Show(Decode(65001, text).bytes), Show(icu.Decode(text))) << Show(text);
+    ASSERT_EQ(Shown(Decode(65001, text).bytes), Shown(icu.Decode(text))) << Shown(text);
   }
 }
 
@@ -299,8 +289,8 @@ TEST(Utf7Peers, WriteTheSame) {
       units += u"aZ09+/- '~=\r\nあ漢é\u00FF\uFFFF"[random() % 18];
     }
     const Converted encoded = Encode(65000, Bytes(units));
-    ASSERT_EQ(encoded.bytes, encode(std::string(Bytes(units)))) << Show(std::string(Bytes(units)));
-    ASSERT_EQ(Show(decode(encoded.bytes)), Show(std::string(Bytes(units))));
+    ASSERT_EQ(encoded.bytes, encode(std::string(Bytes(units)))) << Shown(std::string(Bytes(units)));
+    ASSERT_EQ(Shown(decode(encoded.bytes)), Shown(std::string(Bytes(units))));
   }
 }
 

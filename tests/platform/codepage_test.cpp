@@ -13,24 +13,13 @@ namespace {
 
 using namespace std::string_view_literals;
 
-std::string Hex(std::string_view bytes) {
-  std::string text;
-  for (const char c : bytes) {
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    text += kDigits[static_cast<unsigned char>(c) >> 4];
-    text += kDigits[c & 15];
-  }
-  return text;
-}
-
 TEST(CodePageDecoder, DecodesLeniently) {
   const struct {
     const char* what;
     unsigned codePage;
     std::string_view text;
     std::u16string_view units;
-    int fits;
-    int replaced;
+    int fits, replaced;
   } cases[] = {
       {"kana, kanji, half-width katakana", 932, "\x83\x41\x88\x9F\xB1", u"ア亜ｱ", 0, 0},
       {"backslash and tilde stay ASCII", 932, "\\~", u"\\~", 0, 0},
@@ -94,8 +83,7 @@ TEST(CodePageEncoder, EncodesExactlyOrBestOrReplaces) {
     unsigned codePage;
     std::u16string_view units;
     std::string_view bytes;
-    int fits;
-    int replaced;
+    int fits, replaced;
   } cases[] = {
       {"kana, kanji, half-width katakana", 932, u"ア亜ｱA",
        "\x83\x41\x88\x9F\xB1"
@@ -131,7 +119,7 @@ TEST(CodePageEncoder, EncodesExactlyOrBestOrReplaces) {
       std::u16string units(before, u'a');
       const Converted got = Encode(c.codePage, Bytes(units += c.units));
       const std::size_t filler = c.codePage == 1200 ? before * 2 : before;
-      EXPECT_EQ(Hex(got.bytes.substr(std::min(filler, got.bytes.size()))), Hex(c.bytes));
+      EXPECT_EQ(Shown(got.bytes.substr(std::min(filler, got.bytes.size()))), Shown(c.bytes));
       EXPECT_EQ(got.fits, c.fits);
       EXPECT_EQ(got.replaced, c.replaced);
     }
@@ -217,8 +205,8 @@ TEST(CodePageCoders, ExactMeansThatItComesBack) {
       const char16_t unit = LoadUnit(decoded.bytes.data());
       const bool lenientByte = decoded.replaced > 0 && unit >= 0xF7C2 && unit <= 0xF8FD;
       if (exact != comesBack && !(comesBack && (lenientByte || text == "?")) && ++wrong < 10) {
-        ADD_FAILURE() << Hex(text) << " gives " << Hex(decoded.bytes) << ", back "
-                      << Hex(back.bytes);
+        ADD_FAILURE() << Shown(text) << " gives " << Shown(decoded.bytes) << ", back "
+                      << Shown(back.bytes);
       }
     }
     for (unsigned value = 0; value < 0x10000; ++value) {
@@ -231,7 +219,7 @@ TEST(CodePageCoders, ExactMeansThatItComesBack) {
       EXPECT_EQ(encoded.bytes, code < 0 ? "?" : CodeBytes(static_cast<unsigned>(code)));
       EXPECT_EQ(EncodeUnit(codePage, unit, true), exact ? code : -1);
       if (exact != comesBack && ++wrong < 10) {
-        ADD_FAILURE() << "U+" << std::hex << value << " gives " << Hex(encoded.bytes);
+        ADD_FAILURE() << "U+" << std::hex << value << " gives " << Shown(encoded.bytes);
       }
     }
   }
@@ -333,8 +321,8 @@ TEST(CodePageDecoder, DoubleByteKernelsAgree) {
       units[random() % units.size()] = static_cast<char>(random());
     const Converted encoded = Encode(codePage, units);
     internal::LimitCpu(internal::CpuLevel::kAll);
-    ASSERT_EQ(Decode(codePage, text), decoded) << codePage << ' ' << Hex(text);
-    ASSERT_EQ(Encode(codePage, units), encoded) << codePage << ' ' << Hex(units);
+    ASSERT_EQ(Decode(codePage, text), decoded) << codePage << ' ' << Shown(text);
+    ASSERT_EQ(Encode(codePage, units), encoded) << codePage << ' ' << Shown(units);
   }
 }
 
@@ -368,7 +356,7 @@ TEST(Utf8, ReplacesMalformedParts) {
        u"\U0010FFFF\uFFFF\uD7FF\u0800\U00010000"},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(Hex(c.text));
+    SCOPED_TRACE(Shown(c.text));
     const Converted got = Decode(65001, c.text);
     EXPECT_EQ(Units(got.bytes), c.units);
     EXPECT_EQ(got.replaced, std::count(c.units.begin(), c.units.end(), u'\uFFFD'));
@@ -418,8 +406,8 @@ TEST(Utf8, KernelsAgree) {
     const Converted encoded = Encode(65001, units);
     for (const auto level : {internal::CpuLevel::kAvx2, internal::CpuLevel::kAll}) {
       internal::LimitCpu(level);
-      ASSERT_EQ(Decode(65001, text), decoded) << Hex(text);
-      ASSERT_EQ(Encode(65001, units), encoded) << Hex(units);
+      ASSERT_EQ(Decode(65001, text), decoded) << Shown(text);
+      ASSERT_EQ(Encode(65001, units), encoded) << Shown(units);
     }
   }
 }
@@ -429,26 +417,24 @@ TEST(Utf7, DecodesAndReplacesMalformedParts) {
     std::string_view text;
     std::u16string_view units;
     int replaced;
-  } cases[] = {
-      {"A+ImIDkQ.", u"A≢Α.", 0},
-      {"Hi Mom -+Jjo--!", u"Hi Mom -☺-!", 0},
-      {"+ZeVnLIqe-", u"日本語", 0},
-      {"Item 3 is +AKM-1.", u"Item 3 is £1.", 0},
-      {"+2D3eAA-", u"😀", 0},
-      {"+2D0-", u"\xD83D", 0},
-      {"+-+--", u"++-", 0},
-      {"~\\\0"sv, u"~\\\0"sv, 0},
-      {"+AGEAYg", u"ab", 0},
-      {"+AGE\r\n", u"a\r\n", 0},
-      {"+", u"\uFFFD", 1},
-      {"+!", u"\uFFFD!", 1},
-      {"a\xE3\x81\x82z", u"a\uFFFDz", 1},
-      {"+AGE\xFF-", u"a\uFFFD-", 1},
-      {"+AGF-", u"a\uFFFD", 1},
-      {"+AGEA-", u"a\uFFFD", 1},
-      {"+A-", u"\uFFFD", 1},
-      {"+AGEAA", u"a\uFFFD", 1},
-  };
+  } cases[] = {{"A+ImIDkQ.", u"A≢Α.", 0},
+               {"Hi Mom -+Jjo--!", u"Hi Mom -☺-!", 0},
+               {"+ZeVnLIqe-", u"日本語", 0},
+               {"Item 3 is +AKM-1.", u"Item 3 is £1.", 0},
+               {"+2D3eAA-", u"😀", 0},
+               {"+2D0-", u"\xD83D", 0},
+               {"+-+--", u"++-", 0},
+               {"~\\\0"sv, u"~\\\0"sv, 0},
+               {"+AGEAYg", u"ab", 0},
+               {"+AGE\r\n", u"a\r\n", 0},
+               {"+", u"\uFFFD", 1},
+               {"+!", u"\uFFFD!", 1},
+               {"a\xE3\x81\x82z", u"a\uFFFDz", 1},
+               {"+AGE\xFF-", u"a\uFFFD-", 1},
+               {"+AGF-", u"a\uFFFD", 1},
+               {"+AGEA-", u"a\uFFFD", 1},
+               {"+A-", u"\uFFFD", 1},
+               {"+AGEAA", u"a\uFFFD", 1}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.text);
     const Converted got = Decode(65000, c.text);
@@ -461,14 +447,12 @@ TEST(Utf7, EncodesAndComesBack) {
   const struct {
     std::u16string_view units;
     std::string_view text;
-  } cases[] = {
-      {u"A≢Α.", "A+ImIDkQ."},
-      {u"Hi Mom -☺-!", "Hi Mom -+Jjo--+ACE-"},
-      {u"日本語", "+ZeVnLIqe-"},
-      {u"+ é+/", "+- +AOkAKw-/"},
-      {u"~\\=\0\r\n\t"sv, "+AH4AXAA9AAA\r\n\t"},
-      {u"é😀\xD800", "+AOnYPd4A2AA-"},
-  };
+  } cases[] = {{u"A≢Α.", "A+ImIDkQ."},
+               {u"Hi Mom -☺-!", "Hi Mom -+Jjo--+ACE-"},
+               {u"日本語", "+ZeVnLIqe-"},
+               {u"+ é+/", "+- +AOkAKw-/"},
+               {u"~\\=\0\r\n\t"sv, "+AH4AXAA9AAA\r\n\t"},
+               {u"é😀\xD800", "+AOnYPd4A2AA-"}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.text);
     EXPECT_EQ(Encode(65000, Bytes(c.units)).bytes, c.text);

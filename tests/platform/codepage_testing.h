@@ -10,6 +10,7 @@
 
 #include "lumrmisc/platform/codepage.h"
 #include "lumrmisc/platform/types.h"
+#include "support/bytes.h"
 
 namespace lumr {
 
@@ -41,12 +42,9 @@ Converted ConvertCut(std::string_view text, const std::vector<std::size_t>& cuts
   std::size_t begin = 0;
   for (std::size_t i = 0; i <= cuts.size(); ++i) {
     const std::size_t end = i < cuts.size() ? cuts[i] : text.size();
-    const auto in = std::make_unique<char[]>(end - begin);
-    std::copy(text.begin() + static_cast<std::ptrdiff_t>(begin),
-              text.begin() + static_cast<std::ptrdiff_t>(end), in.get());
+    const ExactCopy in(text.substr(begin, end - begin));
     const auto out = std::make_unique<char[]>(maxOutput(end - begin));
-    char* const written =
-        step(std::string_view(in.get(), end - begin), i == cuts.size(), out.get(), &report);
+    char* const written = step(in.View(), i == cuts.size(), out.get(), &report);
     result.bytes.append(out.get(), written);
     begin = end;
   }
@@ -54,27 +52,27 @@ Converted ConvertCut(std::string_view text, const std::vector<std::size_t>& cuts
   return result;
 }
 
+template <typename Coder, typename Step>
+Converted ConvertBy(Coder& coder, std::string_view text, const std::vector<std::size_t>& cuts,
+                    Step step) {
+  Converted result = ConvertCut(
+      text, cuts, [&](std::size_t size) { return coder.MaxOutput(size); }, step);
+  result.fits = coder.Counts().fits;
+  result.replaced = coder.Counts().replaced;
+  return result;
+}
+
 inline Converted Decode(unsigned codePage, std::string_view text,
                         const std::vector<std::size_t>& cuts = {}) {
   CodePageDecoder decoder(codePage);
-  Converted result = ConvertCut(
-      text, cuts, [&](std::size_t size) { return decoder.MaxOutput(size); },
-      [&](auto... arguments) { return decoder.Decode(arguments...); });
-  result.fits = decoder.Counts().fits;
-  result.replaced = decoder.Counts().replaced;
-  return result;
+  return ConvertBy(decoder, text, cuts, [&](auto... all) { return decoder.Decode(all...); });
 }
 
 inline Converted Encode(unsigned codePage, std::string_view utf16,
                         const std::vector<std::size_t>& cuts = {},
                         std::string_view replacement = "?") {
   CodePageEncoder encoder(codePage, replacement);
-  Converted result = ConvertCut(
-      utf16, cuts, [&](std::size_t size) { return encoder.MaxOutput(size); },
-      [&](auto... arguments) { return encoder.Encode(arguments...); });
-  result.fits = encoder.Counts().fits;
-  result.replaced = encoder.Counts().replaced;
-  return result;
+  return ConvertBy(encoder, utf16, cuts, [&](auto... all) { return encoder.Encode(all...); });
 }
 
 inline std::string CodeBytes(unsigned code) {

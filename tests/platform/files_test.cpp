@@ -78,15 +78,13 @@ TEST(Paths, AreJoinedByOneSeparator) {
   const CStringW s(1, PathSeparator());
   const struct {
     CStringW folder, name, joined;
-  } cases[] = {
-      {u"a", u"b", u"a" + s + u"b"},
-      {u"a" + s, u"b", u"a" + s + u"b"},
-      {u"a", s + u"b", u"a" + s + u"b"},
-      {u"", u"b", u"b"},
-      {u"a", u"", u"a" + s},
-      {s, u"b", s + u"b"},
-      {u"", u"", u""},
-  };
+  } cases[] = {{u"a", u"b", u"a" + s + u"b"},
+               {u"a" + s, u"b", u"a" + s + u"b"},
+               {u"a", s + u"b", u"a" + s + u"b"},
+               {u"", u"b", u"b"},
+               {u"a", u"", u"a" + s},
+               {s, u"b", s + u"b"},
+               {u"", u"", u""}};
   for (const auto& c : cases) EXPECT_EQ(JoinPath(c.folder, c.name), c.joined);
   const CStringW path = u"a" + s + u"b" + s + u"c";
   EXPECT_EQ(NameOfPath(path), u"c");
@@ -259,8 +257,7 @@ TEST(AppendStream, AppendsOrTruncatesAndCanBeReadMeanwhile) {
   AppendStream stream;
   const struct {
     bool append;
-    std::string_view text;
-    std::string_view expected;
+    std::string_view text, expected;
   } cases[] = {{true, "one", "one"},
                {true, "two", "onetwo"},
                {false, "three", "three"},

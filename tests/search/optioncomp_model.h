@@ -41,8 +41,7 @@ struct KnownCharacter {
 // The columns, each from a row on; "_" where a row has no such form, but for the row of the "_".
 inline std::map<unsigned, KnownCharacter> WideCharacters() {
   struct Column {
-    int form;
-    int firstRow;
+    int form, firstRow;
     std::u16string_view characters;
   };
   const Column columns[] = {

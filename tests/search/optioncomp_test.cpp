@@ -6,11 +6,13 @@
 #include <random>
 #include <set>
 
+#include "lumrmisc/buffer/counted.h"
 #include "lumrmisc/charset/convert.h"
 #include "lumrmisc/charset/linescan.h"
 #include "mailtext/corpus.h"
 #include "search/optioncomp_model.h"
 #include "search/sample.h"
+#include "support/bytes.h"
 
 namespace lumr {
 namespace {
@@ -25,17 +27,6 @@ int Size(std::string_view text) {
   return static_cast<int>(text.size());
 }
 
-// The text in a block of its own size, so that reads outside it are seen.
-class Exact {
- public:
-  explicit Exact(std::string_view text) : bytes_(text.begin(), text.end()) {}
-  const char* data() const { return bytes_.empty() ? "" : bytes_.data(); }
-  int size() const { return static_cast<int>(bytes_.size()); }
-
- private:
-  std::vector<char> bytes_;
-};
-
 std::string Sjis(std::u16string_view text) {
   CBuffer out;
   EXPECT_EQ(
@@ -46,16 +37,7 @@ std::string Sjis(std::u16string_view text) {
 }
 
 std::string Wide(std::u16string_view text) {
-  return {reinterpret_cast<const char*>(text.data()), text.size() * 2};
-}
-
-std::string Hex(std::string_view text) {
-  std::string out;
-  for (const char byte : text) {
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    out += {kDigits[static_cast<unsigned char>(byte) >> 4], kDigits[byte & 15], ' '};
-  }
-  return out;
+  return std::string(BytesOf(text));
 }
 
 bool Same(const COptionComp2& comparison, std::string_view a, std::string_view b, bool wide) {
@@ -99,7 +81,8 @@ TEST(Equivalence, AllPairsOfUnitsUnderAllOptions) {
         for (const std::string& b : units) {
           const bool expected = Reader::Equal(unitA, reader.Read(b, 0), options);
           ASSERT_EQ(Same(comparison, units[a], b, wide), expected)
-              << Hex(units[a]) << "and " << Hex(b) << "options " << bits << (wide ? " wide" : "");
+              << Shown(units[a]) << "and " << Shown(b) << "options " << bits
+              << (wide ? " wide" : "");
         }
       }
     }
@@ -171,15 +154,15 @@ TEST(FindString, CasesByHand) {
   for (const SearchCase& c : cases) {
     SCOPED_TRACE(c.what);
     const COptionComp2 comparison = Options(c.options).Comparison();
-    const Exact text(Sjis(c.text));
-    const Exact word(Sjis(c.word));
+    const ExactCopy text(Sjis(c.text));
+    const ExactCopy word(Sjis(c.word));
     for (const CodeType codeType : {CT_SJIS, CT_ASCII, CT_EUC, CT_JIS, CT_UNKNOWN}) {
       int length = 99;
-      EXPECT_EQ(comparison.FindString(text.data(), text.size(), word.data(), word.size(), codeType,
+      EXPECT_EQ(comparison.FindString(text.Data(), text.Size(), word.Data(), word.Size(), codeType,
                                       1, 1, &length),
                 c.first);
       EXPECT_EQ(length, c.firstLength);
-      EXPECT_EQ(comparison.FindString(text.data(), text.size(), word.data(), word.size(), codeType,
+      EXPECT_EQ(comparison.FindString(text.Data(), text.Size(), word.Data(), word.Size(), codeType,
                                       0, 1, nullptr),
                 c.last);
     }
@@ -327,32 +310,31 @@ class RandomTexts {
 };
 
 // All matches that searching on and on finds.
-std::vector<int> AllMatches(const COptionComp2& comparison, const Exact& text,
+std::vector<int> AllMatches(const COptionComp2& comparison, const ExactCopy& text,
                             std::string_view word, CodeType codeType, bool forward,
                             const Reader& reader) {
   std::vector<int> found;
   int begin = 0;
-  int end = text.size();
-  const std::string_view view(text.data(), static_cast<std::size_t>(text.size()));
+  int end = text.Size();
   if (forward) {
     while (begin < end) {
-      const int pos = comparison.FindString(text.data() + begin, end - begin, word.data(),
+      const int pos = comparison.FindString(text.Data() + begin, end - begin, word.data(),
                                             Size(word), codeType, 1, 1, nullptr);
       if (pos < 0) break;
       found.push_back(begin + pos);
-      begin +=
-          pos + static_cast<int>(reader.CharLength(view, static_cast<std::size_t>(begin + pos)));
+      begin += pos + static_cast<int>(
+                         reader.CharLength(text.View(), static_cast<std::size_t>(begin + pos)));
     }
     return found;
   }
   const Protected inner(comparison);
   while (end > 0) {  // the way a caller steps back: by the first unit, then in full
     const char* const place =
-        inner._FindLastChar(text.data(), end, word.data(), Size(word), reader.IsWide());
+        inner._FindLastChar(text.Data(), end, word.data(), Size(word), reader.IsWide());
     if (place == nullptr) break;
-    end = static_cast<int>(place - text.data());
+    end = static_cast<int>(place - text.Data());
     int length = 0;
-    if (inner._StartsWith(place, text.size() - end, word.data(), Size(word), reader.IsWide(),
+    if (inner._StartsWith(place, text.Size() - end, word.data(), Size(word), reader.IsWide(),
                           length))
       found.insert(found.begin(), end);
   }
@@ -367,17 +349,17 @@ TEST(OptionComp, AgreesWithTheRules) {
     const CodeType codeType = wide ? CT_UTF8 : CT_SJIS;
     for (int run = 0; run < 15000 / kStep; ++run) {
       const std::string whole = texts.Make(run % 50 == 0 ? 200 : 12);
-      const Exact text(whole);
-      const Exact word(texts.Make(3));
-      const std::string_view wordView(word.data(), static_cast<std::size_t>(word.size()));
+      const ExactCopy text(whole);
+      const ExactCopy word(texts.Make(3));
+      const std::string_view wordView = word.View();
       const Options options(2 + texts.Number() % 6);
       const COptionComp2 comparison = options.Comparison();
       SCOPED_TRACE("seed " + std::to_string(kSeed) + " run " + std::to_string(run) + ": " +
-                   Hex(whole) + "/ " + Hex(wordView));
+                   Shown(whole) + "/ " + Shown(wordView));
       const auto places = reader.Places(whole, wordView, options);
       int length = 0;
       const auto find = [&](int forward) {
-        return comparison.FindString(text.data(), text.size(), word.data(), word.size(), codeType,
+        return comparison.FindString(text.Data(), text.Size(), word.Data(), word.Size(), codeType,
                                      forward, 1, &length);
       };
       ASSERT_EQ(find(1), places.empty() ? -1 : places.front().pos);
@@ -385,9 +367,9 @@ TEST(OptionComp, AgreesWithTheRules) {
       ASSERT_EQ(find(0), places.empty() ? -1 : places.back().pos);
       ASSERT_EQ(length, places.empty() ? 0 : places.back().length);
       const bool ends = std::any_of(places.begin(), places.end(), [&](const auto& place) {
-        return place.pos + place.length == text.size();
+        return place.pos + place.length == text.Size();
       });
-      ASSERT_EQ(comparison.EndsWith(text.data(), text.size(), word.data(), word.size(), codeType),
+      ASSERT_EQ(comparison.EndsWith(text.Data(), text.Size(), word.Data(), word.Size(), codeType),
                 ends);
       ASSERT_EQ(AllMatches(comparison, text, wordView, codeType, true, reader),
                 AllMatches(comparison, text, wordView, codeType, false, reader));
@@ -414,7 +396,7 @@ TEST(OptionComp, FindsEverySubstring) {
             const int pos =
                 comparison.FindString(text, word, wide ? CT_UNICODE : CT_SJIS, 1, 1, nullptr);
             ASSERT_TRUE(pos >= 0 && pos <= static_cast<int>(borders[from]))
-                << Hex(text) << "/ " << Hex(word) << bits;
+                << Shown(text) << "/ " << Shown(word) << bits;
           }
         }
       }
@@ -446,8 +428,8 @@ TEST(OptionComp, NarrowAndWideAgree) {
     for (unsigned bits = 0; bits < kOptionSets; ++bits) {
       const COptionComp2 comparison = Options(bits).Comparison();
       const int forward = run % 2;
-      SCOPED_TRACE("run " + std::to_string(run) + ' ' + Hex(narrow).substr(0, 200) + "/ " +
-                   Hex(words[0].Bytes()) + std::to_string(bits));
+      SCOPED_TRACE("run " + std::to_string(run) + ' ' + Shown(narrow).substr(0, 200) + "/ " +
+                   Shown(words[0].Bytes()) + std::to_string(bits));
       int length = 0;
       int narrowLength = 0;
       const int pos =
@@ -488,19 +470,19 @@ TEST(OptionComp, FastPathIsTxtnnstr) {
     RandomTexts texts(wide, kSeed);
     for (int run = 0; run < 5000; ++run) {
       const CodeType codeType = wide ? CT_UNICODE : run % 2 != 0 ? CT_SJIS : CT_BIG5;
-      const Exact text(texts.Make(10));
-      const Exact word(texts.Make(2));
+      const ExactCopy text(texts.Make(10));
+      const ExactCopy word(texts.Make(2));
       const int ignoreCase = run % 3 == 0;
       const COptionComp2 comparison(ignoreCase, 0, 0);
       for (const int forward : {0, 1}) {
-        const char* const place = txtnnstr(codeType, forward, text.data(), text.size(), word.data(),
-                                           word.size(), ignoreCase);
+        const char* const place = txtnnstr(codeType, forward, text.Data(), text.Size(), word.Data(),
+                                           word.Size(), ignoreCase);
         const CApplyLocale scope(CT_KSC5601);
         int length = 0;
-        const int pos = comparison.FindString(text.data(), text.size(), word.data(), word.size(),
+        const int pos = comparison.FindString(text.Data(), text.Size(), word.Data(), word.Size(),
                                               codeType, forward, 0, &length);
-        ASSERT_EQ(pos, place == nullptr ? -1 : place - text.data());
-        ASSERT_EQ(length, place == nullptr ? 0 : word.size());
+        ASSERT_EQ(pos, place == nullptr ? -1 : place - text.Data());
+        ASSERT_EQ(length, place == nullptr ? 0 : word.Size());
       }
     }
   }

@@ -13,6 +13,7 @@
 #include "lumrmisc/search/regexp_search_internal.h"
 #include "search/regexp_model.h"
 #include "search/sample.h"
+#include "support/bytes.h"
 
 namespace lumr {
 namespace {
@@ -50,9 +51,8 @@ class Pair {
   // "start-end" by the engine, by its machine alone and by the model; of the first match at or
   // behind from, which is a place in characters, by the first two.
   std::string Found(const std::string& text, bool machine) {
-    const auto copy = std::make_unique<char[]>(text.size());
-    std::copy(text.begin(), text.end(), copy.get());
-    const RegExpText prepared(program_.options, {copy.get(), text.size()});
+    const ExactCopy copy(text);
+    const RegExpText prepared(program_.options, copy.View());
     RegExpSpan match;
     const RegExpOutcome outcome =
         machine ? state_->SearchByMachine(program_, prepared.View(), 0, kMostSteps, match)

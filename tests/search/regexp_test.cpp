@@ -2,14 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <random>
 #include <span>
 #include <string>
 
+#include "charset/convert_text.h"
 #include "lumrmisc/buffer/counted.h"
 #include "lumrmisc/charset/casefold.h"
-#include "lumrmisc/charset/convert.h"
 #include "lumrmisc/platform/codepage.h"
 #include "lumrmisc/platform/mbcs.h"
 #include "lumrmisc/platform/messages.h"
@@ -23,33 +22,20 @@ using namespace std::string_literals;
 
 constexpr CodeType kCodeTypes[] = {CT_SJIS, CT_UNICODE};
 
-// Text of the tables, which is UTF-8, in a code type.
-std::string Encode(std::string_view utf8, CodeType codeType) {
-  CBuffer out;
-  ConvertToOtherCodeType2(CT_UTF8, utf8, codeType, out);
-  return std::string(out.Bytes());
-}
-
 // "what was matched@where it starts"; positions and lengths are counted in characters, so that
 // narrow and wide text say the same. "+" stands for the terminator, "none" for no match.
 std::string Found(CRegExp& regExp, std::string_view utf8, CodeType codeType) {
-  const std::string text = Encode(utf8, codeType);
-  const auto copy = std::make_unique<char[]>(text.size());
-  text.copy(copy.get(), text.size());
+  const ExactCopy text(Encoded(utf8, codeType));
   const char* start = nullptr;
   const char* end = nullptr;
-  if (!regExp.Match(copy.get(), static_cast<int>(text.size()), codeType, &start, &end)) {
-    return "none";
-  }
-  const auto size = static_cast<std::ptrdiff_t>(text.size());
-  const bool atEnd = end - copy.get() > size;
-  if (atEnd) end = copy.get() + size;
-  CBuffer part;
+  if (!regExp.Match(text.Data(), text.Size(), codeType, &start, &end)) return "none";
+  const bool atEnd = end - text.Data() > text.Size();
+  if (atEnd) end = text.Data() + text.Size();
   CBuffer before;
-  ConvertToOtherCodeType2(codeType, {start, static_cast<std::size_t>(end - start)}, CT_UTF8, part);
-  ConvertToOtherCodeType2(codeType, {copy.get(), static_cast<std::size_t>(start - copy.get())},
+  ConvertToOtherCodeType2(codeType, {text.Data(), static_cast<std::size_t>(start - text.Data())},
                           CT_UNICODE, before);
-  return std::string(part.Bytes()) + (atEnd ? "+@" : "@") + std::to_string(before.GetLength() / 2);
+  return Decoded(codeType, {start, static_cast<std::size_t>(end - start)}) + (atEnd ? "+@" : "@") +
+         std::to_string(before.GetLength() / 2);
 }
 
 struct MatchCase {
@@ -67,7 +53,7 @@ void CheckMatches(std::span<const MatchCase> cases, int caseSensitive, bool widt
       regExp.SetIgnoreWidth(width);
       regExp.SetIgnoreKanaKind(kanaKind);
       CStringA error;
-      ASSERT_EQ(regExp.ParseRegExp(Encode(c.pattern, codeType), codeType, caseSensitive, error), 1)
+      ASSERT_EQ(regExp.ParseRegExp(Encoded(c.pattern, codeType), codeType, caseSensitive, error), 1)
           << error;
       EXPECT_EQ(Found(regExp, c.text, codeType), c.found);
     }
@@ -209,7 +195,7 @@ TEST(CRegExp, RefusesWithCodeTextAndPlace) {
       SCOPED_TRACE(c.pattern.substr(0, 20));
       CRegExp regExp;
       CStringA error = "before";
-      const std::string pattern = Encode(c.pattern, codeType);
+      const std::string pattern = Encoded(c.pattern, codeType);
       EXPECT_EQ(regExp.ParseRegExp(pattern, codeType, 1, error), c.error == 0);
       EXPECT_EQ(error, c.error == 0 ? "" : MessageText(3300u + static_cast<unsigned>(c.error)));
       EXPECT_EQ(regExp.ErrorCode(), c.error);
@@ -238,7 +224,7 @@ TEST(CRegExp, RefusesWithCodeTextAndPlace) {
 TEST(CRegExp, OnePatternForTextsOfManyCodeTypes) {
   CRegExp regExp;
   CStringA error;
-  const std::string pattern = Encode("請求{.}\\0", CT_UNICODE);
+  const std::string pattern = Encoded("請求{.}\\0", CT_UNICODE);
   ASSERT_EQ(regExp.ParseRegExp(pattern, CT_UTF8, 1, error), 1);
   for (const CodeType codeType : {CT_SJIS, CT_JIS, CT_EUC, CT_ASCII, CT_UNICODE, CT_UTF7}) {
     SCOPED_TRACE(codeType);
@@ -307,8 +293,8 @@ std::string AllOf(std::string_view pattern, std::string_view text, CodeType code
   CRegExp regExp;
   regExp.SetIgnoreWidth(width);
   CStringA error;
-  EXPECT_EQ(regExp.ParseRegExp(Encode(pattern, codeType), codeType, 1, error), 1) << error;
-  const std::string encoded = Encode(text, codeType);
+  EXPECT_EQ(regExp.ParseRegExp(Encoded(pattern, codeType), codeType, 1, error), 1) << error;
+  const std::string encoded = Encoded(text, codeType);
   RegExpScanner scanner(regExp, encoded, codeType);
   std::string all;
   for (std::size_t start, end; scanner.Next(start, end) == RegExpOutcome::kFound;) {
@@ -319,10 +305,7 @@ std::string AllOf(std::string_view pattern, std::string_view text, CodeType code
 
 TEST(RegExpScanner, GoesThroughAllMatches) {
   const struct {
-    const char* pattern;
-    const char* text;
-    const char* narrow;
-    const char* wide;
+    const char *pattern, *text, *narrow, *wide;
     bool width = false;
   } cases[] = {
       {"a", "aba", "0-1 2-3 ", "0-2 4-6 "},
@@ -383,8 +366,8 @@ TEST(RegExpScanner, FindsWhatASearchFromThereFinds) {
       }
       CRegExp regExp;
       CStringA error;
-      regExp.ParseRegExp(Encode(pattern, CT_SJIS), CT_SJIS, 1, error);
-      const std::string encoded = Encode(text, CT_SJIS);
+      regExp.ParseRegExp(Encoded(pattern, CT_SJIS), CT_SJIS, 1, error);
+      const std::string encoded = Encoded(text, CT_SJIS);
       RegExpScanner scanner(regExp, encoded, CT_SJIS);
       std::size_t from = 0;
       for (std::size_t start, end; scanner.Next(start, end) == RegExpOutcome::kFound; from = end) {
@@ -413,18 +396,16 @@ TEST(MatchLimited, EndsTheExponentialClassics) {
     const char* repeated;
     const char* tail;
     bool ends;  // whether the limit is never reached
-  } cases[] = {
-      {"(a+)+b", "a", "", true},
-      {"(a|a)*b", "a", "", true},
-      {"(a|(aa))+$", "a", "b", true},
-      {"(.*)(.*)(.*)(.*)b", "a", "", true},
-      {"(a*)?(a*)?(a*)?b", "a", "", false},
-      {"!((a+)+b)c", "a", "", true},
-      {"(a!(a+c))+b", "a", "", true},
-      {"{a+}+\\0b", "a", "", false},
-      {"{a*}{a*}{a*}\\0\\1\\2b", "a", "", false},
-      {"(x+x+)+y", "x", "", true},
-  };
+  } cases[] = {{"(a+)+b", "a", "", true},
+               {"(a|a)*b", "a", "", true},
+               {"(a|(aa))+$", "a", "b", true},
+               {"(.*)(.*)(.*)(.*)b", "a", "", true},
+               {"(a*)?(a*)?(a*)?b", "a", "", false},
+               {"!((a+)+b)c", "a", "", true},
+               {"(a!(a+c))+b", "a", "", true},
+               {"{a+}+\\0b", "a", "", false},
+               {"{a*}{a*}{a*}\\0\\1\\2b", "a", "", false},
+               {"(x+x+)+y", "x", "", true}};
   constexpr long long kLimit = 1'000'000;
   for (const auto& c : cases) {
     for (const int length : {30, 100, 300, 1000}) {
@@ -436,9 +417,9 @@ TEST(MatchLimited, EndsTheExponentialClassics) {
       for (const CodeType codeType : kCodeTypes) {
         CRegExp regExp;
         CStringA error;
-        ASSERT_EQ(regExp.ParseRegExp(Encode(c.pattern, codeType), codeType, 1, error), 1);
+        ASSERT_EQ(regExp.ParseRegExp(Encoded(c.pattern, codeType), codeType, 1, error), 1);
         outcomes[codeType == CT_SJIS] =
-            regExp.MatchLimited(Encode(text, codeType), codeType, kLimit, nullptr, nullptr);
+            regExp.MatchLimited(Encoded(text, codeType), codeType, kLimit, nullptr, nullptr);
       }
       EXPECT_EQ(outcomes[0], outcomes[1]);
       EXPECT_NE(outcomes[0], RegExpOutcome::kFound);
@@ -453,8 +434,7 @@ TEST(MatchLimited, EndsTheExponentialClassics) {
 // limit above it gives the result of a search without one.
 TEST(MatchLimited, CountsAlike) {
   const struct {
-    const char* pattern;
-    const char* text;
+    const char *pattern, *text;
     long long steps;
   } cases[] = {
       {"ab", "ソソab", 4}, {"a+", "ソaaソ", 4},    {"a+b", "aaソ", 3},
@@ -466,8 +446,8 @@ TEST(MatchLimited, CountsAlike) {
       SCOPED_TRACE(c.pattern);
       CRegExp regExp;
       CStringA error;
-      ASSERT_EQ(regExp.ParseRegExp(Encode(c.pattern, codeType), codeType, 1, error), 1);
-      const std::string text = Encode(c.text, codeType);
+      ASSERT_EQ(regExp.ParseRegExp(Encoded(c.pattern, codeType), codeType, 1, error), 1);
+      const std::string text = Encoded(c.text, codeType);
       const auto expected = regExp.Match(text, codeType, nullptr, nullptr) ? RegExpOutcome::kFound
                                                                            : RegExpOutcome::kNone;
       long long least = 0;
@@ -486,7 +466,7 @@ TEST(MatchLimited, CountsAlike) {
 TEST(CRegExp, ExplainsTheProgram) {
   CRegExp regExp;
   CStringA error;
-  ASSERT_EQ(regExp.ParseRegExp(Encode("{ソ}*[^a-z]\\0$", CT_SJIS), CT_SJIS, 1, error), 1);
+  ASSERT_EQ(regExp.ParseRegExp(Encoded("{ソ}*[^a-z]\\0$", CT_SJIS), CT_SJIS, 1, error), 1);
   EXPECT_EQ(regExp.Explain(CT_SJIS), R"(    0  Call          2
     1  Advance
     2  PushSlot      slot 0
@@ -538,12 +518,12 @@ TEST(TextToUpper, FoldsAsInUtf16) {
 }
 
 TEST(TextToUpper, FoldsInPlace) {
-  std::string text = Encode("aａぁァｧヵゃソ", CT_SJIS) + "\x83";
-  std::string expected = Encode("AＡあアｱヵやソ", CT_SJIS) + "\x83";
+  std::string text = Encoded("aａぁァｧヵゃソ", CT_SJIS) + "\x83";
+  std::string expected = Encoded("AＡあアｱヵやソ", CT_SJIS) + "\x83";
   TextToUpper(text.data(), static_cast<int>(text.size()), 1, 1);
   EXPECT_EQ(text, expected);
   TextToLower(text.data(), -1, 0);
-  EXPECT_EQ(text, Encode("aａあアｱヵやソ", CT_SJIS) + "\x83");
+  EXPECT_EQ(text, Encoded("aａあアｱヵやソ", CT_SJIS) + "\x83");
   std::u16string wide = u"aａ\u3041\u30A1\uFF67ÿ";
   TextToUpperW(wide.data(), 5, 0, 1);
   EXPECT_EQ(wide, u"aａ\u3042\u30A2\uFF71ÿ");

@@ -2,73 +2,19 @@
 // settings or the new ones.
 #include <gtest/gtest.h>
 
-#include "lumrmisc/settings/settingdata.h"
-#include "settings/simdisk.h"
+#include <random>
+
+#include "settings/sdsave.h"
 
 namespace lumr {
 namespace {
 
-const CStringW kDir = CStringW(u"/home") + PathSeparator();
-const CStringW kName = u"Test.ini";
-const CStringW kPath = kDir + kName;
-const CStringW kReservePath = kDir + u"Reserve" + PathSeparator() + kName;
-
-struct SaveSetup {
-  const char* what;
-  int useReserve;
-  bool enciphered;
-  bool reserveThere;  // before the save
-};
-
-void SetKeyOf(const SaveSetup& setup, CSettingData& data) {
-  data.SetCryptKey(setup.enciphered ? 1 : 0, "pass phrase");
-}
-
-// Settings that fill more than one block of a disk.
-void Fill(CSettingData& data, int version) {
-  data.SetValue("General", "Version", version);
-  for (int i = 0; i < 16; ++i) {
-    data.SetValue("General", "Entry" + std::to_string(i), version * 1000 + i);
-  }
-}
-
-std::string StoredForm(const SaveSetup& setup, int version) {
-  CSettingData data;
-  SetKeyOf(setup, data);
-  Fill(data, version);
-  CBuffer bytes;
-  data.SaveSdText(bytes);
-  return std::string(bytes.Bytes());
-}
-
-DiskImage Before(const SaveSetup& setup) {
-  DiskImage image = {{kPath, StoredForm(setup, 1)}};
-  if (setup.reserveThere) image[kReservePath] = image[kPath];
-  return image;
-}
-
-// Loads from an image; the version found, or 0.
-int LoadVersion(const SaveSetup& setup, SimDisk& disk, int useReserve) {
-  const internal::FileCallsForTest calls(disk);
-  CSettingData data;
-  SetKeyOf(setup, data);
-  if (data.LoadSdFile(kDir.c_str(), kName.c_str(), useReserve) == 0) return 0;
-  for (const int version : {1, 2, 3}) {
-    CSettingData expected;
-    Fill(expected, version);
-    if (data.EqualSD(expected, 0) != 0) return version;
-  }
-  return 0;
-}
-
 int SaveVersion(const SaveSetup& setup, SimDisk& disk, int version) {
-  const internal::FileCallsForTest calls(disk);
   CSettingData data;
-  SetKeyOf(setup, data);
-  if (data.LoadSdFile(kDir.c_str(), kName.c_str(), setup.useReserve) == 0) return 0;
-  Fill(data, version);
-  return data.SaveSdFile(kDir.c_str(), kName.c_str(), setup.useReserve, kIfErrReturn, 0, nullptr,
-                         nullptr, nullptr);
+  data.SetCryptKey(setup.enciphered ? 1 : 0, "pass phrase");
+  if (Load(disk, data, setup.useReserve) == 0) return 0;
+  Fill(setup, data, version);
+  return Save(disk, data, setup.useReserve);
 }
 
 // The images, each with how often a crash leaves it.
@@ -90,15 +36,10 @@ std::map<DiskImage, std::size_t> CrashImages(const SaveSetup& setup) {
 
 TEST(Crash, LeavesTheOldOrTheNewSettingsAlways) {
   const SaveSetup setups[] = {
-      {"plain", 0, false, false},
-      {"enciphered", 0, true, false},
-      {"plain, reserve", 1, false, true},
-      {"enciphered, reserve", 1, true, true},
-      {"plain, first reserve", 1, false, false},
-  };
+      {0, false, false}, {0, true, false}, {1, false, true}, {1, true, true}, {1, false, false}};
   std::size_t total = 0;
   for (const SaveSetup& setup : setups) {
-    SCOPED_TRACE(setup.what);
+    SCOPED_TRACE(&setup - setups);
     int found[4] = {};
     for (const auto& [image, count] : CrashImages(setup)) {
       total += count;
@@ -125,18 +66,16 @@ TEST(Crash, LeavesTheOldOrTheNewSettingsAlways) {
 // Cut anywhere, a file gives all of the settings, none, or a failure.
 TEST(Damage, IsNoticedWhereverAFileIsCut) {
   for (const bool enciphered : {false, true}) {
-    const SaveSetup setup = {"", 1, enciphered, true};
+    const SaveSetup setup = {1, enciphered, true};
     const std::string whole = StoredForm(setup, 1);
     for (std::size_t length = 0; length < whole.size(); ++length) {
       SimDisk alone({{kPath, whole.substr(0, length)}});
-      const internal::FileCallsForTest calls(alone);
       CSettingData data;
-      SetKeyOf(setup, data);
-      if (data.LoadSdFile(kDir.c_str(), kName.c_str(), 0) != 0 && data.GetKeyCount() > 0) {
-        CSettingData expected;
-        Fill(expected, 1);
-        ASSERT_EQ(data.EqualSD(expected, 0), 1) << length;
-      }
+      data.SetCryptKey(enciphered ? 1 : 0, "pass phrase");
+      if (Load(alone, data, 0) == 0 || data.GetKeyCount() == 0) continue;
+      CSettingData expected;
+      Fill(setup, expected, 1);
+      ASSERT_EQ(data.EqualSD(expected, 0), 1) << length;
     }
     for (std::size_t length = 0; length < whole.size(); length += 5) {
       SimDisk recovered({{kPath, whole.substr(0, length)}, {kReservePath, whole}});
@@ -151,13 +90,10 @@ TEST(Damage, IsNoticedWhereverAFileIsCut) {
 }
 
 TEST(Damage, OfAnyKindNeverHarmsTheLoad) {
-  std::uint32_t seed = 10000;
-  const auto random = [&seed](std::size_t below) {
-    seed = seed * 1664525u + 1013904223u;
-    return static_cast<std::size_t>(seed >> 8) % below;
-  };
+  std::mt19937 engine(10000);
+  const auto random = [&engine](std::size_t below) { return engine() % below; };
   for (int run = 0; run < 10000; ++run) {
-    const SaveSetup setup = {"", 1, run % 2 != 0, true};
+    const SaveSetup setup = {1, run % 2 != 0, true};
     DiskImage image = Before(setup);
     std::string& content = image[run % 3 == 0 ? kReservePath : kPath];
     for (std::size_t i = random(8) + 1; i > 0 && !content.empty(); --i) {
@@ -179,17 +115,14 @@ TEST(Damage, OfAnyKindNeverHarmsTheLoad) {
     SimDisk disk(image);
     // The undamaged one of the two gives the settings unless the damage is one that the text
     // cannot show, and what was loaded saves and loads again.
-    const internal::FileCallsForTest calls(disk);
     CSettingData data;
-    SetKeyOf(setup, data);
-    ASSERT_EQ(data.LoadSdFile(kDir.c_str(), kName.c_str(), 1), 1) << run;
+    data.SetCryptKey(setup.enciphered ? 1 : 0, "pass phrase");
+    ASSERT_EQ(Load(disk, data, 1), 1) << run;
     data.SetValue("Further", "Run", run);
-    ASSERT_EQ(
-        data.SaveSdFile(kDir.c_str(), kName.c_str(), 1, kIfErrReturn, 0, nullptr, nullptr, nullptr),
-        1);
+    ASSERT_EQ(Save(disk, data, 1), 1);
     CSettingData back;
-    SetKeyOf(setup, back);
-    ASSERT_EQ(back.LoadSdFile(kDir.c_str(), kName.c_str(), 0), 1) << run;
+    back.SetCryptKey(data);
+    ASSERT_EQ(Load(disk, back, 0), 1) << run;
     ASSERT_EQ(back.EqualSD(data, 0), 1) << run;
   }
 }

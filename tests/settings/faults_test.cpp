@@ -7,8 +7,7 @@
 
 #include "lumrmisc/platform/memory_internal.h"
 #include "lumrmisc/platform/messages.h"
-#include "lumrmisc/settings/settingdata.h"
-#include "settings/simdisk.h"
+#include "settings/sdsave.h"
 
 namespace {
 
@@ -56,57 +55,12 @@ void operator delete[](void* block, std::size_t) noexcept {
 namespace lumr {
 namespace {
 
-const CStringW kDir = CStringW(u"/home") + PathSeparator();
-const CStringW kName = u"Test.ini";
-const CStringW kPath = kDir + kName;
-const CStringW kReservePath = kDir + u"Reserve" + PathSeparator() + kName;
+constexpr SaveSetup kSaveSetups[] = {
+    {0, false, false}, {0, true, false}, {1, false, true}, {1, true, true}};
 
-struct SaveSetup {
-  int useReserve;
-  bool enciphered;
-};
-constexpr SaveSetup kSaveSetups[] = {{0, false}, {0, true}, {1, false}, {1, true}};
-
-void Fill(const SaveSetup& setup, CSettingData& data, int version) {
-  data.SetCryptKey(setup.enciphered ? 1 : 0, "pass phrase");
-  for (int i = 0; i < 20; ++i) data.SetValue("Key" + std::to_string(i % 3), "A", version * 100 + i);
-}
-
-DiskImage Before(const SaveSetup& setup) {
-  CSettingData data;
-  Fill(setup, data, 1);
-  CBuffer bytes;
-  data.SaveSdText(bytes);
-  const std::string text(bytes.Bytes());
-  DiskImage image = {{kPath, text}};
-  if (setup.useReserve != 0) image[kReservePath] = text;
-  return image;
-}
-
-// Each with the disk in the system's place for its own time only.
-int Load(SimDisk& disk, CSettingData& data, int useReserve) {
-  const internal::FileCallsForTest calls(disk);
-  return data.LoadSdFile(kDir.c_str(), kName.c_str(), useReserve);
-}
-
-int Save(SimDisk& disk, CSettingData& data, int useReserve, CStringA* message = nullptr) {
-  const internal::FileCallsForTest calls(disk);
-  return data.SaveSdFile(kDir.c_str(), kName.c_str(), useReserve, kIfErrReturn, 0, nullptr, message,
-                         nullptr);
-}
-
-// The version of the settings that a load from the disk gives; 0 for anything else.
 int VersionOn(const SaveSetup& setup, const DiskImage& image) {
   SimDisk disk(image);
-  CSettingData data;
-  data.SetCryptKey(setup.enciphered ? 1 : 0, "pass phrase");
-  if (Load(disk, data, setup.useReserve) == 0) return 0;
-  for (const int version : {1, 2}) {
-    CSettingData expected;
-    Fill(setup, expected, version);
-    if (data.EqualSD(expected, 1) != 0) return version;
-  }
-  return 0;
+  return LoadVersion(setup, disk, setup.useReserve);
 }
 
 void CheckSave(const SaveSetup& setup, SimDisk& disk, const bool& mayFail) {

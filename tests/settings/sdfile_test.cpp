@@ -3,14 +3,10 @@
 
 #include "lumrmisc/platform/messages.h"
 #include "lumrmisc/platform/window.h"
-#include "lumrmisc/settings/settingdata.h"
-#include "settings/simdisk.h"
+#include "settings/sdsave.h"
 
 namespace lumr {
 namespace {
-
-const CStringW kDir = CStringW(u"/home") + PathSeparator();
-const CStringW kPath = kDir + u"Test.ini";
 
 // A window that gives prepared answers and keeps the questions.
 class AskedWindow : public HeadlessWindow {

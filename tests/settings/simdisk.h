@@ -56,8 +56,7 @@ class SimDisk : public internal::FileCalls {
 
  private:
   struct File {
-    std::string live;
-    std::string flushed;
+    std::string live, flushed;
   };
   using Names = std::map<CStringW, std::shared_ptr<File>>;
   struct NameChange {

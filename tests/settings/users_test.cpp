@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "lumrmisc/buffer/counted.h"
 #include "lumrmisc/platform/files_internal.h"
 #include "lumrmisc/settings/appdirs.h"
 #include "lumrmisc/settings/userlist.h"
@@ -9,10 +10,6 @@
 
 namespace lumr {
 namespace {
-
-std::string Utf16(std::u16string_view text) {
-  return {reinterpret_cast<const char*>(text.data()), text.size() * 2};
-}
 
 // The application's folders on a disk in memory.
 class Users : public testing::Test {
@@ -29,7 +26,7 @@ class Users : public testing::Test {
 
   void Put(std::u16string_view text) {
     disk_.~SimDisk();
-    new (&disk_) SimDisk({{PathOf(u"LumrUser.ini"), Utf16(text)}});
+    new (&disk_) SimDisk({{PathOf(u"LumrUser.ini"), std::string(BytesOf(text))}});
   }
 
   CStringW Stored(const CStringW& name) {
@@ -78,6 +75,7 @@ TEST_F(Users, AreStoredAndReadBackInOrder) {
   EXPECT_EQ(back.GetUserAtID(4)->IsPasswordRequired(), 1);
   EXPECT_EQ(back.GetUserAtID(7), nullptr);
   EXPECT_EQ(back.GetIdx(4), 2);
+  EXPECT_EQ(back.GetIdx(7), -1);
 
   EXPECT_EQ(back.RemoveUserAt(0), 1);
   ASSERT_EQ(back.SaveUserList(), 1);
@@ -239,6 +237,7 @@ TEST_F(Users, AreEncipheredUnderAKey) {
 
 TEST_F(Users, ShowANameAlwaysAndGetAFreeFolder) {
   CUser user;
+  EXPECT_EQ(user.GetUserID() + user.IsPasswordRequired(), 0);
   user.SetUserID(3);
   EXPECT_EQ(WidenSdText(user.GetDispUserName()), u"（ユーザー名未設定 ID:3）");
   user.SetUserName("name");
