@@ -14,27 +14,37 @@ namespace lumr {
 namespace {
 
 constexpr std::uint64_t kEveryUnit = 0x0001000100010001;
+constexpr std::uint64_t kEveryByte = 0x0101010101010101;
 constexpr std::size_t kUnitsAtOnce = 4;
+constexpr std::uint64_t kFactor = 0x9e3779b97f4a7c15;
+
+template <typename Value, typename Character>
+Value LoadAt(const Character* text) {
+  Value value;
+  std::memcpy(&value, text, sizeof value);
+  return value;
+}
 
 char16_t Fold(char16_t unit) {
   if (unit >= 0x80) return UnitToLower(unit);
   return unit >= 'A' && unit <= 'Z' ? static_cast<char16_t>(unit + 32) : unit;
 }
 
-std::uint64_t LoadUnits(const char16_t* units) {
-  std::uint64_t packed;
-  std::memcpy(&packed, units, sizeof packed);
-  return packed;
+// Lanes of ASCII in lower case; every has a one in each of them. In each of them bit 7 tells
+// whether the addition went past "A" - 1, and past "Z".
+std::uint64_t FoldedAscii(std::uint64_t packed, std::uint64_t every) {
+  const std::uint64_t fromA = packed + (0x80 - 'A') * every;
+  const std::uint64_t pastZ = packed + (0x80 - 'Z' - 1) * every;
+  return packed | ((fromA & ~pastZ & (0x80 * every)) >> 2);
+}
+
+bool AreAscii(std::uint64_t units) {
+  return (units & (0xff80 * kEveryUnit)) == 0;
 }
 
 // Four units in lower case.
 std::uint64_t Folded(std::uint64_t packed) {
-  if ((packed & (0xff80 * kEveryUnit)) == 0) {
-    // In each of them bit 7 tells whether the addition went past "A" - 1, and past "Z".
-    const std::uint64_t fromA = packed + (0x80 - 'A') * kEveryUnit;
-    const std::uint64_t pastZ = packed + (0x80 - 'Z' - 1) * kEveryUnit;
-    return packed | ((fromA & ~pastZ & (0x80 * kEveryUnit)) >> 2);
-  }
+  if (AreAscii(packed)) return FoldedAscii(packed, kEveryUnit);
   std::uint64_t folded = 0;
   for (unsigned shift = 0; shift < 64; shift += 16) {
     folded |= static_cast<std::uint64_t>(Fold(static_cast<char16_t>(packed >> shift))) << shift;
@@ -42,34 +52,59 @@ std::uint64_t Folded(std::uint64_t packed) {
   return folded;
 }
 
-// Calls take(offset) for every four units of a text of four or more, the last four of which may be
-// looked at twice. Stops when that gives false.
-template <typename Take>
-bool ForEachFour(std::size_t size, Take take) {
-  std::size_t i = 0;
-  for (; i + kUnitsAtOnce <= size; i += kUnitsAtOnce) {
-    if (!take(i)) return false;
-  }
-  return i == size || take(size - kUnitsAtOnce);
-}
-
-// Four bytes as four units.
+// Four bytes as four units, and back.
 std::uint64_t Widened(std::uint32_t bytes) {
   const std::uint64_t pairs = (bytes | std::uint64_t{bytes} << 16) & 0x0000ffff0000ffff;
   return (pairs | pairs << 8) & 0x00ff00ff00ff00ff;
 }
+std::uint32_t Narrowed(std::uint64_t units) {
+  const std::uint64_t pairs = (units | units >> 8) & 0x0000ffff0000ffff;
+  return static_cast<std::uint32_t>(pairs | pairs >> 16);
+}
 
-// The hash of a name, fed with its units by fours, or one by one where there are fewer.
+// Calls take(offset) for every count characters of a text of count or more, the last of which may
+// be looked at twice. Stops when that gives false.
+template <std::size_t kCount, typename Take>
+bool ForEach(std::size_t size, Take take) {
+  std::size_t i = 0;
+  for (; i + kCount <= size; i += kCount) {
+    if (!take(i)) return false;
+  }
+  return i == size || take(size - kCount);
+}
+
+// The hash of a name, which is fed by eights, or with all at once where there are fewer. Eight of
+// ASCII are one step, so that they need not be widened to be hashed.
 class Hasher {
  public:
   explicit Hasher(std::size_t size) : hash_(Seed() + size) {}
 
-  bool Add(std::uint64_t units) {
-    hash_ = std::rotl((hash_ ^ Folded(units)) * 0x9e3779b97f4a7c15, 32);
-    return true;
+  // Eight bytes of ASCII.
+  void AddBytes(std::uint64_t bytes) { Add(FoldedAscii(bytes, kEveryByte)); }
+
+  // Twice four units.
+  void AddUnits(std::uint64_t first, std::uint64_t second) {
+    first = Folded(first);
+    second = Folded(second);
+    if (AreAscii(first | second)) {
+      Add(Narrowed(first) | std::uint64_t{Narrowed(second)} << 32);
+    } else {
+      Add(first);
+      Add(second);
+    }
   }
 
-  std::uint32_t Result() const { return static_cast<std::uint32_t>(hash_ ^ hash_ >> 32); }
+  // Fewer than four bytes of ASCII, or units.
+  template <typename Characters>
+  void AddFew(Characters name) {
+    std::uint64_t packed = 0;
+    for (const auto c : name) packed = packed << 16 | Fold(static_cast<char16_t>(c));
+    Add(packed);
+  }
+
+  // Names often differ at their end alone, and places in a table are the low bits: the last step
+  // has to reach them too.
+  std::uint32_t Result() const { return static_cast<std::uint32_t>(hash_ * kFactor >> 32); }
 
  private:
   static std::uint64_t Seed() {
@@ -77,23 +112,32 @@ class Hasher {
     return seed;
   }
 
+  void Add(std::uint64_t value) { hash_ = std::rotl((hash_ ^ value) * kFactor, 32); }
+
   std::uint64_t hash_;
 };
 
 bool AreWrittenAlike(std::u16string_view a, std::u16string_view b) {
   if (a.size() < kUnitsAtOnce) return a == b;
-  return ForEachFour(
-      a.size(), [&](std::size_t i) { return LoadUnits(a.data() + i) == LoadUnits(b.data() + i); });
+  return ForEach<kUnitsAtOnce>(a.size(), [&](std::size_t i) {
+    return LoadAt<std::uint64_t>(a.data() + i) == LoadAt<std::uint64_t>(b.data() + i);
+  });
 }
 
 }  // namespace
 
 std::uint32_t SdName::HashOf(std::u16string_view name) {
   Hasher hasher(name.size());
-  if (name.size() >= kUnitsAtOnce) {
-    ForEachFour(name.size(), [&](std::size_t i) { return hasher.Add(LoadUnits(name.data() + i)); });
+  const auto four = [&](std::size_t i) { return LoadAt<std::uint64_t>(name.data() + i); };
+  if (name.size() < kUnitsAtOnce) {
+    hasher.AddFew(name);
+  } else if (name.size() < 2 * kUnitsAtOnce) {
+    hasher.AddUnits(four(0), four(name.size() - kUnitsAtOnce));
   } else {
-    for (const char16_t unit : name) hasher.Add(unit);
+    ForEach<2 * kUnitsAtOnce>(name.size(), [&](std::size_t i) {
+      hasher.AddUnits(four(i), four(i + kUnitsAtOnce));
+      return true;
+    });
   }
   return hasher.Result();
 }
@@ -121,21 +165,28 @@ void SdName::SetNarrow(std::string_view name) {
 // set, where a character is not of ASCII.
 bool SdName::SetAscii(std::string_view name) {
   Hasher hasher(name.size());
-  const auto widen = [&](std::size_t i) {
-    std::uint32_t bytes;
-    std::memcpy(&bytes, name.data() + i, sizeof bytes);
+  const auto widenFour = [&](std::size_t i) {
+    const auto bytes = LoadAt<std::uint32_t>(name.data() + i);
     const std::uint64_t units = Widened(bytes);
     std::memcpy(short_ + i, &units, sizeof units);
-    return (bytes & 0x80808080) == 0 && hasher.Add(units);
+    return bytes;
   };
-  if (name.size() >= kUnitsAtOnce) {
-    if (!ForEachFour(name.size(), widen)) return false;
-  } else {
+  const auto add = [&](std::size_t first, std::size_t second) {
+    const std::uint64_t bytes = widenFour(first) | std::uint64_t{widenFour(second)} << 32;
+    hasher.AddBytes(bytes);
+    return (bytes & (0x80 * kEveryByte)) == 0;
+  };
+  if (name.size() < kUnitsAtOnce) {
     for (std::size_t i = 0; i < name.size(); ++i) {
       short_[i] = static_cast<unsigned char>(name[i]);
       if (short_[i] >= 0x80) return false;
-      hasher.Add(short_[i]);
     }
+    hasher.AddFew(name);
+  } else if (name.size() < 2 * kUnitsAtOnce) {
+    if (!add(0, name.size() - kUnitsAtOnce)) return false;
+  } else if (!ForEach<2 * kUnitsAtOnce>(name.size(),
+                                        [&](std::size_t i) { return add(i, i + kUnitsAtOnce); })) {
+    return false;
   }
   text_ = {short_, name.size()};
   hash_ = hasher.Result();

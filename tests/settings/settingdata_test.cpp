@@ -8,6 +8,7 @@
 #include "lumrmisc/buffer/counted.h"
 #include "lumrmisc/platform/mbcs.h"
 #include "lumrmisc/platform/messages.h"
+#include "lumrmisc/platform/unicode.h"
 
 namespace lumr {
 namespace {
@@ -423,6 +424,37 @@ TEST(SettingData, FindsEverythingInLargeData) {
       ASSERT_EQ(data.GetIntValue("K", modelName, 0, INT_MAX, -1), modelValue) << step;
       ASSERT_EQ(keyed.GetKeyAt(i)->GetName(), modelName) << step;
       ASSERT_EQ(keyed.GetIntValue(modelName, "A", 0, INT_MAX, -1), modelValue) << step;
+    }
+  }
+}
+
+// Names of every length below 20, against each other folded unit by unit: found means equal and of
+// one hash, by whichever constructor.
+TEST(SdName, IsFoundWithoutRegardToCase) {
+  constexpr std::u16string_view kUnits = u"aAzZ@[`{9éÉαΑあК";
+  constexpr unsigned kSeed = 5;
+  std::mt19937 random(kSeed);
+  const auto folded = [](CStringW name) {
+    for (char16_t& unit : name) unit = UnitToLower(unit);
+    return name;
+  };
+  for (int round = 0; round < 20000; ++round) {
+    CStringW a, b;
+    CStringA narrow;
+    const std::size_t units = round % 2 == 0 ? 9 : kUnits.size();
+    for (std::size_t i = random() % 20; i > 0; --i) {
+      a += kUnits[random() % units];
+      b += random() % 2 == 0 ? UnitToLower(a.back()) : UnitToUpper(a.back());
+      narrow += static_cast<char>(a.back());
+    }
+    if (random() % 4 == 0 && !b.empty()) b[random() % b.size()] = kUnits[random() % units];
+    const bool same = folded(a) == folded(b);
+    ASSERT_EQ(EqualSdNames(a, b), same) << round;
+    ASSERT_EQ(SdName(a).Hash() == SdName(b).Hash(), same) << round;
+    if (units == 9) {
+      const SdName name(narrow);
+      ASSERT_EQ(name.Text(), a) << round;
+      ASSERT_EQ(name.Hash(), SdName(a).Hash()) << round;
     }
   }
 }
