@@ -135,6 +135,8 @@ TEST(DecodeHeaderValue, LetsNoControlCharacterThrough) {
       {"=?UTF-8?B?YQANCgBi?=", "a b"},
       {"=?UTF-8?Q?a=1B[31mb=7F=00?=", "a[31mb"},
       {"=?UTF-8?Q?a=C2=85b=C2=9Bc=E2=80=A8=E2=80=A9d?=", "a bc d"},
+      {"=?UTF-8?Q?=EF=BB=BF=EF=BB=BFab?=", "ab"},
+      {"=?UTF-8?Q?=ED=A0=80=ED=B0=80ab?=", "\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFDab"},
       {"=?ISO-2022-JP?Q?a=09=0B=0Cb=1B?=", "a b"},
       {"=?UTF-7?Q?a+AAoADQ-b?=", "a b"},
       {"=?UTF-16BE?B?AGEACgBi?=", "a b"},
