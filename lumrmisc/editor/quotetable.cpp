@@ -15,8 +15,10 @@ int CQuoteTable::IndexOf(std::string_view prefix, CodeType codeType) {
 int CQuoteTable::Change(int index, std::size_t same, std::string_view prefix, CodeType codeType) {
   const bool isOwn = index >= 0 && index == own_ && codeType == codeType_;
   if (!isOwn) return prefix.empty() ? -1 : IndexOf(prefix, codeType);
-  if (prefix.empty()) return DropOwn(), -1;
-  if (Find(prefix)) return DropOwn(), last_;
+  if (prefix.empty() || Find(prefix)) {
+    DropOwn();
+    return prefix.empty() ? -1 : last_;
+  }
   std::string& own = prefixes_.back();
   own.resize(same);
   own += prefix.substr(same);

@@ -171,7 +171,7 @@ TEST(Tool, AnswersBadInputWithASentence) {
       {"decode base64 missing", "", "", 2, "there is no such file"},
       {"", "", "", 2, "wrong usage"},
       {"frobnicate", "", "", 2, "unknown command 'frobnicate'"},
-      {"show --foo --bar=b a", "", "", 2, "this was not expected: --foo --bar=b"},
+      {"detect --foo --bar=b a", "", "", 2, "this was not expected: --foo --bar=b"},
       {"wrap -w x", "", "", 2, "the value 'x' of --width is no number from 1 to 1048576"},
       {"--lang ja wrap -w", "", "", 2, "--width の値がありません"},
       {"grep --color a b", "", "", 2, "--color cannot be 'a', only one of auto,always,never"},
@@ -206,15 +206,11 @@ TEST(Tool, HelpsInBothLanguages) {
 }
 
 TEST(Tool, KeepsToTheTerminal) {
-  if (!std::filesystem::exists("/usr/bin/script")) GTEST_SKIP() << "there is no script(1)";
   const ToolRunner tool;
   tool.Write("text", "a\x1B[31mb\xC2\x9Bm\n");
+  if (!tool.OnTerminal(60, "charsets")) GTEST_SKIP() << "there is no script command";
   const auto show = [&tool](const std::string& arguments) {
-    std::string shown = tool.Shell("script -qec 'stty cols 60; LUMR " + arguments +
-                                   "' .tty >.out 2>.err </dev/null")
-                            .out;
-    std::erase(shown, '\r');
-    return shown;
+    return *tool.OnTerminal(60, arguments);
   };
   EXPECT_EQ(show("wrap text"), "a\u241B[31mb\uFFFDm\n");
   EXPECT_EQ(show("unwrap text"), "a\u241B[31mb\uFFFDm\n");

@@ -89,23 +89,12 @@ TEST(ShowLayout, KeepsToTheWidth) {
   EXPECT_GT(turned, 5);
 }
 
-// What a terminal is told; the program `script` of util-linux gives the tool one.
+// What a terminal is told.
 TEST(ShowLayout, ColoursQuotesAndLinks) {
   const ToolRunner tool;
   tool.Write("mail.eml", kMail);
-  const std::string shell =
-      "COLORTERM=truecolor NO_COLOR= TERM=xterm script -qec \"stty cols 80; 'LUMR' show mail.eml\" "
-      "/dev/null </dev/null >.out 2>.err";
-  if (tool.Shell(
-              "command -v script >/dev/null && script -qec true /dev/null </dev/null >.out 2>.err "
-              "# LUMR")
-          .status != 0) {
-    GTEST_SKIP() << "there is no script command";
-  }
-  std::string line = shell;
-  line.replace(line.find("'LUMR'"), 6, "LUMR");
-  std::string out = tool.Shell(line).out;
-  std::erase(out, '\r');
+  const auto shown = tool.OnTerminal(80, "show mail.eml");
+  if (!shown) GTEST_SKIP() << "there is no script command";
   const char* const parts[] = {
       "\nあいう。\n",
       "\n\x1B[38;2;0;128;0m> 引用された長い行です。\x1B[39m\n",
@@ -115,7 +104,7 @@ TEST(ShowLayout, ColoursQuotesAndLinks) {
       // Nobody clicks on a program.
       "\n\x1B[4m\\\\server\\share\\x.exe\x1B[24m\n",
   };
-  for (const char* const part : parts) EXPECT_NE(out.find(part), std::string::npos) << out;
+  for (const char* const part : parts) EXPECT_NE(shown->find(part), std::string::npos) << *shown;
 }
 
 }  // namespace lumr::test

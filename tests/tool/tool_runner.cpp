@@ -69,6 +69,19 @@ RunResult ToolRunner::Shell(std::string line) const {
   return System(line, {});
 }
 
+std::optional<std::string> ToolRunner::OnTerminal(int columns, const std::string& arguments) const {
+  if (std::filesystem::path::preferred_separator != '/') return std::nullopt;
+  const std::string end = " /dev/null </dev/null >.out 2>.err";
+  if (System("command -v script >.out 2>.err && script -qec true" + end, {}).status != 0) {
+    return std::nullopt;
+  }
+  std::string shown = Shell("COLORTERM=truecolor NO_COLOR= TERM=xterm script -qec 'stty cols " +
+                            std::to_string(columns) + "; LUMR " + arguments + "'" + end)
+                          .out;
+  std::erase(shown, '\r');
+  return shown;
+}
+
 RunResult ToolRunner::System(const std::string& line, const std::string& number) const {
   const int status = std::system(line.c_str());
   // POSIX keeps the exit status in the high byte.

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -43,6 +44,9 @@ class ToolRunner {
   // What a POSIX shell makes of a line in which LUMR stands for the tool; only the status and
   // standard error count.
   RunResult Shell(std::string line) const;
+  // What the tool shows on a terminal of so many columns, which the program `script` of util-linux
+  // gives it; nothing where there is none.
+  std::optional<std::string> OnTerminal(int columns, const std::string& arguments) const;
 
   void Write(const std::string& name, std::string_view content) const;
   std::string Read(const std::string& name) const;
