@@ -101,7 +101,6 @@ LUMR_AVX512_INLINE std::uint64_t MayLead(__m512i bytes, bool hasKatakana) {
 LUMR_AVX512 void DecodeDoubleByteAvx512(const std::uint16_t* cells, bool hasKatakana,
                                         const Byte*& in, const Byte* end, char*& out) {
   while (in != end) {
-    FetchAhead(out);
     const std::ptrdiff_t left = end - in;
     const std::uint64_t here = FirstBits(left);
     const __m512i bytes = _mm512_maskz_loadu_epi8(here, in);

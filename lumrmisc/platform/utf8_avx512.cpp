@@ -67,7 +67,6 @@ LUMR_AVX512 void DecodeUtf8Avx512(const Byte*& in, const Byte* end, char*& out) 
   std::uint64_t owedThreeEnds = 0;
   std::uint64_t known = ~std::uint64_t{3};  // what may be read two places before the block
   while (in != end) {
-    FetchAhead(out);
     const std::ptrdiff_t left = end - in;
     const std::uint64_t here = FirstBits(left);
     const __m512i bytes = _mm512_maskz_loadu_epi8(here, in);
