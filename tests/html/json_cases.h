@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "charset/corpus.h"
 #include "html/html_text.h"
 #include "lumrmisc/html/htmltokenizer_internal.h"
 #include "lumrmisc/html/unitscan_internal.h"
@@ -75,5 +76,19 @@ class JsonReader {
   std::u16string_view source_;
   std::size_t pos_ = 0;
 };
+
+// Calls check(case) for the cases of html5lib in the corpus; for none with line ends or NUL, which
+// are nothing special to what is tested here but to who writes.
+template <typename Check>
+void ForEachHtml5libCase(Check check) {
+  for (const char* const name : {"test1", "entities", "unicodechars", "escapeflag"}) {
+    const std::u16string file = Wide(ReadCorpus(std::string("html/html5lib-") + name + ".json"));
+    const Json cases = JsonReader(file).Read();
+    for (const Json& c : cases[u"tests"].items) {
+      const std::u16string& input = c[u"input"].text;
+      if (input.find_first_of(std::u16string_view(u"\r\0", 2)) == input.npos) check(c);
+    }
+  }
+}
 
 }  // namespace lumr
