@@ -1,10 +1,10 @@
 #include "lumrmisc/settings/sdname.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 
 #include "lumrmisc/charset/convert.h"
+#include "lumrmisc/charset/wordscan_internal.h"
 #include "lumrmisc/platform/codepage.h"
 #include "lumrmisc/platform/mbcs.h"
 #include "lumrmisc/platform/random.h"
@@ -13,17 +13,9 @@
 namespace lumr {
 namespace {
 
-constexpr std::uint64_t kEveryUnit = 0x0001000100010001;
-constexpr std::uint64_t kEveryByte = 0x0101010101010101;
+constexpr std::uint64_t kEveryUnit = WordOf<char16_t>::kOnes;
+constexpr std::uint64_t kEveryByte = WordOf<unsigned char>::kOnes;
 constexpr std::size_t kUnitsAtOnce = 4;
-constexpr std::uint64_t kFactor = 0x9e3779b97f4a7c15;
-
-template <typename Value, typename Character>
-Value LoadAt(const Character* text) {
-  Value value;
-  std::memcpy(&value, text, sizeof value);
-  return value;
-}
 
 char16_t Fold(char16_t unit) {
   if (unit >= 0x80) return UnitToLower(unit);
@@ -73,11 +65,30 @@ bool ForEach(std::size_t size, Take take) {
   return i == size || take(size - kCount);
 }
 
+// The product of two numbers in 128 bits, its halves as one.
+std::uint64_t FoldedProduct(std::uint64_t a, std::uint64_t b) {
+#if defined(__SIZEOF_INT128__)
+  __extension__ using Wide = unsigned __int128;
+  const Wide product = static_cast<Wide>(a) * b;
+  return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+#else
+  const std::uint64_t low = (a & 0xffffffff) * (b & 0xffffffff);
+  const std::uint64_t middle = (a >> 32) * (b & 0xffffffff) + (low >> 32);
+  const std::uint64_t other = (a & 0xffffffff) * (b >> 32) + (middle & 0xffffffff);
+  return ((low & 0xffffffff) | other << 32) ^
+         ((a >> 32) * (b >> 32) + (middle >> 32) + (other >> 32));
+#endif
+}
+
 // The hash of a name, which is fed by eights, or with all at once where there are fewer. Eight of
 // ASCII are one step, so that they need not be widened to be hashed.
+//
+// Whoever writes the names knows the rule, but not the numbers of this process. The upper half of a
+// product by an unknown number hides what a difference of two names becomes; in the lower half
+// alone one of the highest bit stays one, and the next step could be made to undo it.
 class Hasher {
  public:
-  explicit Hasher(std::size_t size) : hash_(Seed() + size) {}
+  explicit Hasher(std::size_t size) : hash_(Secret().start + size) {}
 
   // Eight bytes of ASCII.
   void AddBytes(std::uint64_t bytes) { Add(FoldedAscii(bytes, kEveryByte)); }
@@ -102,25 +113,28 @@ class Hasher {
     Add(packed);
   }
 
-  // Names often differ at their end alone, and places in a table are the low bits: the last step
-  // has to reach them too.
-  std::uint32_t Result() const { return static_cast<std::uint32_t>(hash_ * kFactor >> 32); }
+  std::uint32_t Result() const { return static_cast<std::uint32_t>(hash_); }
 
  private:
-  static std::uint64_t Seed() {
-    static const auto seed = static_cast<std::uint64_t>(RandomSeed()) << 32;
-    return seed;
+  struct Numbers {
+    std::uint64_t start;
+    std::uint64_t factor;
+  };
+  static const Numbers& Secret() {
+    static const Numbers numbers = {RandomSeed(), RandomSeed() | 1};
+    return numbers;
   }
 
-  void Add(std::uint64_t value) { hash_ = std::rotl((hash_ ^ value) * kFactor, 32); }
+  void Add(std::uint64_t value) { hash_ = FoldedProduct(hash_ ^ value, factor_); }
 
   std::uint64_t hash_;
+  std::uint64_t factor_ = Secret().factor;
 };
 
 bool AreWrittenAlike(std::u16string_view a, std::u16string_view b) {
   if (a.size() < kUnitsAtOnce) return a == b;
   return ForEach<kUnitsAtOnce>(a.size(), [&](std::size_t i) {
-    return LoadAt<std::uint64_t>(a.data() + i) == LoadAt<std::uint64_t>(b.data() + i);
+    return LoadValue<std::uint64_t>(a.data() + i) == LoadValue<std::uint64_t>(b.data() + i);
   });
 }
 
@@ -128,7 +142,7 @@ bool AreWrittenAlike(std::u16string_view a, std::u16string_view b) {
 
 std::uint32_t SdName::HashOf(std::u16string_view name) {
   Hasher hasher(name.size());
-  const auto four = [&](std::size_t i) { return LoadAt<std::uint64_t>(name.data() + i); };
+  const auto four = [&](std::size_t i) { return LoadValue<std::uint64_t>(name.data() + i); };
   if (name.size() < kUnitsAtOnce) {
     hasher.AddFew(name);
   } else if (name.size() < 2 * kUnitsAtOnce) {
@@ -166,7 +180,7 @@ void SdName::SetNarrow(std::string_view name) {
 bool SdName::SetAscii(std::string_view name) {
   Hasher hasher(name.size());
   const auto widenFour = [&](std::size_t i) {
-    const auto bytes = LoadAt<std::uint32_t>(name.data() + i);
+    const auto bytes = LoadValue<std::uint32_t>(name.data() + i);
     const std::uint64_t units = Widened(bytes);
     std::memcpy(short_ + i, &units, sizeof units);
     return bytes;

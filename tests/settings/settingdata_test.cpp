@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <random>
+#include <vector>
 
 #include "lumrmisc/buffer/counted.h"
 #include "lumrmisc/platform/mbcs.h"
@@ -457,6 +459,23 @@ TEST(SdName, IsFoundWithoutRegardToCase) {
       ASSERT_EQ(name.Hash(), SdName(a).Hash()) << round;
     }
   }
+}
+
+// Differences of the highest bit that a later step could undo, at a thousand places: whoever writes
+// a file must not be able to give all of its names one hash.
+TEST(SdName, HasNoHashesThatNamesCanBeMadeFor) {
+  std::vector<std::uint32_t> hashes;
+  for (unsigned choice = 0; choice < 1024; ++choice) {
+    CStringW name;
+    for (unsigned block = 0; block < 10; ++block) {
+      const unsigned high = choice >> block & 1 ? 0x8000 : 0;
+      name += {u'x', u'x', u'x', static_cast<char16_t>(0x4E00 + high)};
+      name += {u'x', static_cast<char16_t>(0x4E00 + high), u'x', u'x'};
+    }
+    hashes.push_back(SdName(name).Hash());
+  }
+  std::sort(hashes.begin(), hashes.end());
+  EXPECT_GT(std::unique(hashes.begin(), hashes.end()) - hashes.begin(), 1000);
 }
 
 }  // namespace
